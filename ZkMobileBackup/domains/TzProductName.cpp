@@ -1,0 +1,7 @@
+#include "ZkMobileBackup/domains/TzProductName.h"
+
+namespace ZkMobileBackup {
+
+const char TzProductName[] = "Velmora Retrievo";
+
+}  // namespace ZkMobileBackup

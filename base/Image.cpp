@@ -1,0 +1,7 @@
+#include "base/Image.h"
+
+namespace ZkMobileBackup {
+
+Image::~Image() = default;
+
+}  // namespace ZkMobileBackup

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <algorithm>
+#include <ctime>
+#include <limits>
+
+namespace ZkMobileBackup {
+
+/// Processor time of this process in seconds: unlike the time on the wall it does not count what others run meanwhile.
+inline double processorSeconds() {
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+/// The least time of `runs` runs.
+template <typename Work>
+double leastSeconds(int runs, Work&& work) {
+    double least = std::numeric_limits<double>::infinity();
+    for (int i = 0; i < runs; ++i) {
+        const double begin = processorSeconds();
+        work();
+        least = std::min(least, processorSeconds() - begin);
+    }
+    return least;
+}
+
+}  // namespace ZkMobileBackup

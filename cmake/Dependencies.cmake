@@ -1,0 +1,15 @@
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+find_package(ZLIB REQUIRED)
+find_package(OpenSSL REQUIRED COMPONENTS Crypto)
+find_package(ICU REQUIRED COMPONENTS uc)
+find_package(fmt REQUIRED)
+find_package(pugixml REQUIRED)
+pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
+find_package(CLI11 REQUIRED)
+find_package(nlohmann_json REQUIRED)
+
+# Headers of dependencies are not held to our warnings.
+add_library(zkmb_asio INTERFACE)
+target_compile_definitions(zkmb_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
+target_link_libraries(zkmb_asio INTERFACE Threads::Threads)

@@ -1,0 +1,154 @@
+// make_seeds CORPUS: writes the seeds of the fuzz targets into a folder for each target. The same bytes at every call.
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <iostream>
+#include <string>
+
+#include "tests/support/ByteBuilder.h"
+#include "tests/support/DatabaseBuilder.h"
+#include "tests/support/Files.h"
+#include "tests/support/ManifestBuilder.h"
+
+using namespace ZkMobileBackup;
+
+namespace {
+
+constexpr int kSmallPage = 512;
+
+std::string rows(int count) {
+    return "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " + std::to_string(count) + ") ";
+}
+
+DatabaseBuilder itemDatabase(DatabaseOptions options, int count) {
+    DatabaseBuilder database(options);
+    database.exec("CREATE TABLE item (id INTEGER PRIMARY KEY, number INTEGER, title TEXT DEFAULT '0', body BLOB)");
+    database.exec(rows(count) + "INSERT INTO item SELECT i, i * 7, 'Title ' || i, x'0011223344' FROM n");
+    return database;
+}
+
+std::vector<std::uint8_t> withDeletedRows() {
+    return itemDatabase({.pageSize = kSmallPage}, 12).exec("DELETE FROM item WHERE id IN (3, 4, 9)").bytes();
+}
+
+std::vector<std::uint8_t> withInteriorAndFreePages() {
+    return itemDatabase({.pageSize = kSmallPage}, 90).exec("DELETE FROM item WHERE id BETWEEN 20 AND 70").bytes();
+}
+
+std::vector<std::uint8_t> withPointerMap() {
+    return itemDatabase({.pageSize = kSmallPage, .autoVacuum = AutoVacuum::Incremental}, 40)
+        .exec("DELETE FROM item WHERE id > 20")
+        .bytes();
+}
+
+std::vector<std::uint8_t> withOverflow() {
+    DatabaseBuilder database({.pageSize = kSmallPage});
+    database.exec("CREATE TABLE note (id INTEGER PRIMARY KEY, title TEXT, text TEXT)");
+    for (const int length : {100, 600, 1700}) {
+        database.run("INSERT INTO note (title, text) VALUES (?, ?)",
+                     {"note", std::string(static_cast<std::size_t>(length), 'x')});
+    }
+    return database.exec("DELETE FROM note WHERE id = 2").bytes();
+}
+
+std::vector<std::uint8_t> withEveryType() {
+    DatabaseBuilder database({.pageSize = kSmallPage});
+    database.exec("CREATE TABLE every (a INTEGER, b REAL, c TEXT, d BLOB, e VARCHAR(9), f TIMESTAMP)");
+    constexpr std::array<std::int64_t, 7> kNumbers = {0, 1, -1, 300, 70'000, 5'000'000'000, -(1LL << 50)};
+    for (const std::int64_t number : kNumbers) {
+        database.insert("every", {number, static_cast<double>(number) / 3, "tëxt", std::vector<std::uint8_t>{1, 2},
+                                  nullptr, number});
+    }
+    return database.exec("CREATE INDEX byA ON every (a); CREATE VIEW v AS SELECT a FROM every").bytes();
+}
+
+std::vector<std::uint8_t> ofBooks() {
+    DatabaseBuilder database({.pageSize = 1024, .autoVacuum = AutoVacuum::Full});
+    database.exec("CREATE TABLE bookmarks (id INTEGER PRIMARY KEY, title TEXT, url TEXT)");
+    database.exec(rows(20) + "INSERT INTO bookmarks SELECT i, '題 ' || i, 'https://example.com/' || i FROM n");
+    return database.exec("DELETE FROM bookmarks WHERE id % 3 = 0").bytes();
+}
+
+void writeDatabases(const std::string& folder) {
+    writeBytes(folder + "/deleted_rows.db", withDeletedRows());
+    writeBytes(folder + "/interior_and_free_pages.db", withInteriorAndFreePages());
+    writeBytes(folder + "/pointer_map.db", withPointerMap());
+    writeBytes(folder + "/overflow.db", withOverflow());
+    writeBytes(folder + "/every_type.db", withEveryType());
+    writeBytes(folder + "/bookmarks.db", ofBooks());
+    writeBytes(folder + "/empty.db", {});
+}
+
+void writeSchemaTexts(const std::string& folder) {
+    writeText(folder + "/key_and_default.txt",
+              "t\nCREATE TABLE t (id INTEGER PRIMARY KEY, a TEXT DEFAULT 'x', b BLOB)");
+    writeText(folder + "/length.txt", "t\nCREATE TABLE t (a VARCHAR(20), b INTEGER)");
+    writeText(folder + "/quoted_name.txt", "my table\nCREATE TABLE \"my table\" ([a b] TEXT, \"c\" INTEGER)");
+    writeText(folder + "/constraints.txt",
+              "t\nCREATE TABLE t(a TEXT NOT NULL, b REAL CHECK (b > (1 + 2)), PRIMARY KEY (a, b), UNIQUE (a))");
+    writeText(folder + "/no_columns.txt", "t\nCREATE TABLE t)");
+    writeText(folder + "/long_word.txt", "t\nCREATE TABLE t (" + std::string(1500, 'w') + " TEXT, ü TIMESTAMP)");
+}
+
+std::vector<std::uint8_t> manifestInput(const ManifestBuilder& builder, bool indexed) {
+    constexpr std::size_t kMagic = 4;
+    const auto manifest = std::span(builder.bytes()).subspan(kMagic);
+    ByteBuilder input;
+    input.u16(static_cast<unsigned>(manifest.size())).bytes(manifest);
+    if (indexed) input.bytes(std::span(builder.indexBytes()).subspan(kMagic));
+    return input.bytes();
+}
+
+void writeManifests(const std::string& folder) {
+    ManifestRecord record;
+    record.domain = "HomeDomain";
+    record.path = "Library/Notes/notes.sqlite";
+    record.length = 0x1'0000'0005;
+    record.properties = {{"first", "value"}, {"second", ""}};
+    ManifestBuilder builder;
+    builder.addIndexed(record, std::string(40, 'a'));
+    record.path = "not UTF-8 \xFF";
+    builder.add(record);
+    std::vector<std::uint8_t> cut = manifestInput(builder, false);
+    writeBytes(folder + "/hashed.bin", cut);
+    writeBytes(folder + "/indexed.bin", manifestInput(builder, true));
+    cut.resize(cut.size() - 20);
+    writeBytes(folder + "/cut.bin", cut);
+    writeBytes(folder + "/header_alone.bin", ByteBuilder().u16(2).u16(0x0500).bytes());
+}
+
+void writePropertyLists(const std::string& folder) {
+    writeText(folder + "/info.plist",
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+              "<key>Display Name</key><string>Phone &amp; co</string><key>Last Backup Date</key>"
+              "<date>2013-03-05T18:30:00Z</date><key>list</key><array><integer>1</integer><real>2.5</real><true/>"
+              "<data>AAECAw==</data></array></dict></plist>");
+    writeText(folder + "/no_dictionary.plist", "<plist version=\"1.0\"><string>alone</string></plist>");
+    writeText(folder + "/unclosed.plist", "<plist version=\"1.0\"><dict><key>a</key>");
+    // A dictionary of one entry: "a" to "b". The trailer gives offset size, reference size, counts and the table's
+    // place.
+    ByteBuilder binary;
+    binary.text("bplist00").bytes({0xD1, 1, 2, 0x51, 'a', 0x51, 'b'}).bytes({8, 11, 13});
+    binary.fill(6).u8(1).u8(1).u64(3).u64(0).u64(15);
+    writeBytes(folder + "/binary.plist", binary.bytes());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::cerr << "usage: make_seeds CORPUS\n";
+        return 2;
+    }
+    const std::string corpus = argv[1];
+    try {
+        writeDatabases(corpus + "/fuzz_database");
+        writeSchemaTexts(corpus + "/fuzz_schema_text");
+        writeManifests(corpus + "/fuzz_manifest");
+        writePropertyLists(corpus + "/fuzz_plist");
+        return 0;
+    } catch (const std::exception& error) {
+        std::cerr << "make_seeds: " << error.what() << '\n';
+        return 1;
+    }
+}

@@ -1,0 +1,194 @@
+#include "recovery/engine/payload_renderer.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
+
+#include "base/Text.h"
+#include "recovery/engine/overflow_chain.h"
+#include "recovery/engine/payload_decoder.h"
+
+namespace ZkMobileBackup::engine {
+
+namespace {
+
+// Texts are read in pieces of this many bytes; each ends at its first NUL and is dropped where it is no valid UTF-8, so
+// a character that spans two pieces is lost with both.
+constexpr std::int64_t kTextChunk = 4096;
+
+std::int32_t wholeNumber(const ByteImage& image, Rendering rendering, std::int64_t content) {
+    const auto signedByte = [&image](std::int64_t at) { return static_cast<std::int8_t>(image.byte(at)); };
+    switch (rendering) {
+        case Rendering::kSigned8:
+            return signedByte(content);
+        case Rendering::kUnsigned16:
+            return image.big16(content);
+        case Rendering::kFolded24:
+            return image.big16(content) * 16 + signedByte(content + 2);
+        case Rendering::kFolded48:
+            return wrappedSum32(signed32(image.big32(content) << 4U), signedByte(content + 4));
+        case Rendering::kFolded64:
+            return wrappedSum32(signed32(image.big32(content) << 8U), image.big16(content + 4));
+        default:
+            return signed32(image.big32(content));
+    }
+}
+
+[[gnu::noinline]] std::string firstByteNumber(const ByteImage& image, std::int64_t content) {
+    constexpr double kScale = 16777216;  // 2^24
+    std::array<char, 32> digits{};
+    const int length = std::snprintf(digits.data(), digits.size(), "%f", image.byte(content) * kScale);
+    return {digits.data(), static_cast<std::size_t>(length)};
+}
+
+/// Whether none of the bytes is NUL or above 0x7F: most texts.
+bool isPlainAscii(std::span<const std::uint8_t> bytes) {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+    constexpr std::uint64_t kLowBits = 0x0101010101010101U;
+    const auto plain = [](std::uint64_t word) { return ((word | (word - kLowBits)) & kHighBits) == 0; };
+    while (bytes.size() >= sizeof(std::uint64_t)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, bytes.data(), sizeof word);
+        if (!plain(word)) return false;
+        bytes = bytes.subspan(sizeof word);
+    }
+    return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte > 0 && byte < 0x80; });
+}
+
+/// The bytes before the first NUL, empty where they are no valid UTF-8.
+std::string_view readableText(std::span<const std::uint8_t> bytes) {
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    if (isPlainAscii(bytes)) return text;
+    const std::string_view untilNul = text.substr(0, text.find('\0'));
+    return isValidUtf8(untilNul) ? untilNul : std::string_view();
+}
+
+}  // namespace
+
+std::optional<Row> PayloadRenderer::render(PayloadObject& payload, std::int64_t mode) {
+    mapContent(payload);
+    RowStore& row = *state_.rows;
+    row.beginRow();
+    const bool keyIsRowid = mode == kLiveCell && payload.ignoreFirstFiled();
+    if (mode != kLiveCell) {
+        row.appendCell(RowStore::FrequentText::kMinusOne);
+    } else if (keyIsRowid) {
+        row.appendInteger(static_cast<std::int64_t>(payload.rowid()));
+    }
+    const std::span<const PayloadCell> cells = payload.cellList();
+    const std::int64_t base = *payload.mappedData();
+    const std::int64_t dbEnd = state_.reader->dbEnd();
+    for (const PayloadCell& cell : cells.subspan(keyIsRowid && !cells.empty() ? 1 : 0)) {
+        const std::int64_t content = base + cell.offset();
+        const Rendering rendering = serialTypeOfCell(cell.type()).rendering;
+        if (content > dbEnd) {
+            row.appendCell("");
+        } else if (rendering == Rendering::kInvalid) {
+            return std::nullopt;
+        } else {
+            appendCell(rendering, content, cell.size());
+        }
+    }
+    return row.finishRow();
+}
+
+void PayloadRenderer::mapContent(PayloadObject& payload) {
+    const std::int64_t cursor = state_.reader->dbCurOffset();
+    const std::int64_t pageLimit = state_.reader->dbCurPageLimit();
+    payload.setMappedData(cursor);
+    if (payload.overFlowPageList().empty()) {
+        payload.setMappedDataEndpoint(pageLimit);
+        return;
+    }
+    payload.setMappedDataEndpoint(
+        spliceOverflowPages(state_, payload.overFlowPageList(), pageLimit - kPageNumberSize));
+}
+
+void PayloadRenderer::appendCell(Rendering rendering, std::int64_t content, std::int32_t size) {
+    RowStore& row = *state_.rows;
+    switch (rendering) {
+        case Rendering::kNull:
+            return row.appendCell(RowStore::FrequentText::kNull);
+        case Rendering::kZero:
+            return row.appendCell(RowStore::FrequentText::kZero);
+        case Rendering::kOne:
+            return row.appendCell(RowStore::FrequentText::kOne);
+        case Rendering::kFirstByte:
+            return row.appendCell(firstByteNumber(state_.image(), content));
+        case Rendering::kBlob:
+            return appendBlob(content, size);
+        case Rendering::kText:
+            return appendText(content, size);
+        default:
+            return row.appendInteger(wholeNumber(state_.image(), rendering, content));
+    }
+}
+
+void PayloadRenderer::appendText(std::int64_t content, std::int64_t length) {
+    if (length <= kTextChunk) {
+        state_.rows->appendCell(readableText(state_.image().bytes(content, length)));
+    } else {
+        state_.rows->appendCell(text(state_.image(), content, length, state_.reader->dbEnd()));
+    }
+}
+
+void PayloadRenderer::appendBlob(std::int64_t content, std::int64_t length) {
+    DlxSQLiteDBHeader& header = *state_.header;
+    if (header.reportBlobs() != 0) {
+        if (static_cast<std::uint64_t>(length) >= header.blobSizeLimit()) {
+            writeBlobFile(state_.image(), content, length, header.blobCount());
+        } else {
+            // Blobs are shown with their length cut to 16 bits: one of 65536 bytes is the empty text.
+            state_.rows->appendCell(hexDigits(state_.image(), content, low16(length)));
+        }
+    }
+    header.setBlobCount(header.blobCount() + 1);
+}
+
+std::string PayloadRenderer::text(const ByteImage& image, std::int64_t content, std::int64_t length,
+                                  std::int64_t limit) {
+    std::string result;
+    std::int64_t consumed = 0;
+    if (content > limit) return result;
+    for (std::int64_t remaining = length; remaining >= 1;) {
+        const std::int64_t chunk = std::min(remaining, kTextChunk);
+        // A text that claims to go on past the limit is read from the limit again and again.
+        const std::int64_t start = std::min(limit - content, consumed);
+        result += readableText(image.bytes(content + start, chunk));
+        consumed = start + chunk;
+        remaining -= chunk;
+    }
+    return result;
+}
+
+std::string PayloadRenderer::hexDigits(const ByteImage& image, std::int64_t content, std::uint16_t length) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string digits;
+    digits.reserve(std::size_t{length} * 2);
+    for (const std::uint8_t byte : image.bytes(content, length)) {
+        digits += kDigits[byte >> 4U];
+        digits += kDigits[byte & 0xFU];
+    }
+    return digits;
+}
+
+void PayloadRenderer::writeBlobFile(const ByteImage& image, std::int64_t content, std::int64_t length,
+                                    std::int32_t index) {
+    const std::string name = std::to_string(index) + ".blob";
+    constexpr mode_t kOwnerOnly = 0600;
+    const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kOwnerOnly);
+    if (file < 0) return;
+    std::span<const std::uint8_t> rest = image.bytes(content, length);
+    while (!rest.empty()) {
+        const ssize_t written = write(file, rest.data(), rest.size());
+        if (written <= 0) break;
+        rest = rest.subspan(static_cast<std::size_t>(written));
+    }
+    close(file);
+}
+
+}  // namespace ZkMobileBackup::engine

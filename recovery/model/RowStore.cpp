@@ -1,0 +1,147 @@
+#include "recovery/model/RowStore.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstring>
+
+namespace ZkMobileBackup {
+
+namespace {
+
+// In the order of RowStore::FrequentText.
+constexpr std::array<std::string_view, 4> kFrequentTexts = {"NULL", "0", "1", "-1"};
+constexpr std::size_t kLongestFrequentText = 4;
+
+constexpr std::size_t kFirstBlockSize = std::size_t{4} << 10U;
+constexpr std::size_t kLargestBlockSize = std::size_t{1} << 20U;
+
+template <typename Number>
+Number numberAt(const std::uint8_t* position) {
+    Number number;
+    std::memcpy(&number, position, sizeof number);
+    return number;
+}
+
+template <typename Number>
+std::uint8_t* writeNumber(std::uint8_t* position, Number number) {
+    std::memcpy(position, &number, sizeof number);
+    return position + sizeof number;
+}
+
+/// Position of a text among the frequent ones, their number for any other text.
+std::size_t frequentTextIndex(std::string_view text) {
+    if (text.empty() || text.size() > kLongestFrequentText) return kFrequentTexts.size();
+    return static_cast<std::size_t>(std::ranges::find(kFrequentTexts, text) - kFrequentTexts.begin());
+}
+
+}  // namespace
+
+std::string_view CellReader::read(const std::uint8_t* position, const std::uint8_t** next) {
+    const std::uint8_t mark = *position++;
+    if (mark >= RowStore::kFirstFrequentText) {
+        *next = position;
+        return kFrequentTexts[mark - RowStore::kFirstFrequentText];
+    }
+    std::size_t length = mark;
+    if (mark == RowStore::kLength16Mark) {
+        length = numberAt<std::uint16_t>(position);
+        position += sizeof(std::uint16_t);
+    } else if (mark == RowStore::kLength64Mark) {
+        length = numberAt<std::uint64_t>(position);
+        position += sizeof(std::uint64_t);
+    }
+    *next = position + length;
+    return {reinterpret_cast<const char*>(position), length};
+}
+
+std::size_t CellReader::readCount(const std::uint8_t* row, const std::uint8_t** first) {
+    *first = row + sizeof(RowStore::CellCount);
+    return numberAt<RowStore::CellCount>(row);
+}
+
+RowStore::RowStore() : nextBlockSize_(kFirstBlockSize) {}
+RowStore::~RowStore() = default;
+
+void RowStore::beginRow() {
+    cellCount_ = 0;
+    end_ = row_;
+    growBy(sizeof(CellCount));
+    end_ += sizeof(CellCount);
+}
+
+void RowStore::appendCell(std::string_view text) {
+    if (const std::size_t frequent = frequentTextIndex(text); frequent < kFrequentTexts.size()) {
+        appendCell(static_cast<FrequentText>(frequent));
+        return;
+    }
+    constexpr std::size_t kLongestLead = 1 + sizeof(std::uint64_t);
+    growBy(kLongestLead + text.size());
+    if (text.size() <= kLongestShortText) {
+        *end_++ = static_cast<std::uint8_t>(text.size());
+    } else {
+        appendLength(text.size());
+    }
+    if (!text.empty()) std::memcpy(end_, text.data(), text.size());
+    end_ += text.size();
+    ++cellCount_;
+}
+
+/// Of a text that is no short one.
+void RowStore::appendLength(std::size_t length) {
+    if (length <= 0xFFFF) {
+        *end_++ = kLength16Mark;
+        end_ = writeNumber(end_, static_cast<std::uint16_t>(length));
+    } else {
+        *end_++ = kLength64Mark;
+        end_ = writeNumber(end_, std::uint64_t{length});
+    }
+}
+
+void RowStore::appendInteger(std::int64_t number) {
+    if (number >= -1 && number <= 1) {
+        appendCell(number == 0 ? FrequentText::kZero : number == 1 ? FrequentText::kOne : FrequentText::kMinusOne);
+        return;
+    }
+    constexpr std::size_t kMostDigits = 20;
+    growBy(1 + kMostDigits);
+    auto* const digits = reinterpret_cast<char*>(end_ + 1);
+    const char* const digitsEnd = std::to_chars(digits, digits + kMostDigits, number).ptr;
+    *end_ = static_cast<std::uint8_t>(digitsEnd - digits);
+    end_ += 1 + *end_;
+    ++cellCount_;
+}
+
+Row RowStore::finishRow() {
+    writeNumber(row_, cellCount_);
+    const auto size = static_cast<std::size_t>(end_ - row_);
+    if (size != lastRowSize_ || std::memcmp(row_, lastRow_, size) != 0) {
+        lastRow_ = row_;
+        lastRowSize_ = size;
+        // Rows stand at even addresses, so that a row's handle has a bit to spare.
+        row_ = size % 2 != 0 && end_ < blockEnd_ ? end_ + 1 : end_;
+        if (size % 2 != 0 && end_ == blockEnd_) row_ = blockEnd_ = nullptr;
+    }
+    end_ = row_;
+    return Row(reinterpret_cast<std::uintptr_t>(lastRow_));
+}
+
+Row RowStore::addDictionary(Dictionary dictionary) {
+    dictionaries_.push_back(std::move(dictionary));
+    return Row(reinterpret_cast<std::uintptr_t>(&dictionaries_.back()) + Row::kDictionaryMark);
+}
+
+/// The row in hand moves along; `size` more bytes fit behind it.
+void RowStore::moveToNewBlock(std::size_t size) {
+    const auto written = static_cast<std::size_t>(end_ - row_);
+    const std::size_t blockSize = std::max(nextBlockSize_, 2 * (written + size));
+    nextBlockSize_ = std::min(kLargestBlockSize, nextBlockSize_ * 2);
+    blocks_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(blockSize));
+    std::uint8_t* const block = blocks_.back().get();
+    std::copy(row_, end_, block);
+    row_ = block;
+    end_ = block + written;
+    blockEnd_ = block + blockSize;
+}
+
+}  // namespace ZkMobileBackup

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "base/Value.h"
+#include "recovery/model/Row.h"
+
+namespace ZkMobileBackup {
+
+/// Owns the content of rows. The cells of a raw row lie one after the other in few large blocks, short and frequent
+/// texts in a single byte, and a row equal to the one before it is the same row again: carving free space full of zeros
+/// finds thousands of equal rows a page.
+///
+/// A raw row is written between beginRow and finishRow; beginRow alone starts over.
+class RowStore {
+public:
+    /// Texts that most cells of a database have.
+    enum class FrequentText : std::uint8_t { kNull, kZero, kOne, kMinusOne };
+
+    RowStore();
+    ~RowStore();
+    RowStore(const RowStore&) = delete;
+    RowStore& operator=(const RowStore&) = delete;
+
+    void beginRow();
+    void appendCell(std::string_view text);
+    void appendCell(FrequentText text) {
+        if (end_ == blockEnd_) growBy(1);
+        *end_++ = static_cast<std::uint8_t>(kFirstFrequentText + static_cast<std::uint8_t>(text));
+        ++cellCount_;
+    }
+    void appendInteger(std::int64_t number);
+    Row finishRow();
+
+    Row addDictionary(Dictionary dictionary);
+
+private:
+    // A cell is a byte that is its length or one of these marks, then the text's bytes.
+    static constexpr std::uint8_t kLongestShortText = 249;
+    static constexpr std::uint8_t kLength16Mark = 250;
+    static constexpr std::uint8_t kLength64Mark = 251;
+    static constexpr std::uint8_t kFirstFrequentText = 252;
+    // A row leads with the number of its cells.
+    using CellCount = std::uint32_t;
+
+    friend struct CellReader;
+
+    /// Makes room for `size` more bytes of the row in hand.
+    void growBy(std::size_t size) {
+        if (static_cast<std::size_t>(blockEnd_ - end_) < size) moveToNewBlock(size);
+    }
+    void moveToNewBlock(std::size_t size);
+    void appendLength(std::size_t length);
+
+    // The row that is being written, in the free part of the last block.
+    std::uint8_t* row_ = nullptr;
+    std::uint8_t* end_ = nullptr;
+    std::uint8_t* blockEnd_ = nullptr;
+    CellCount cellCount_ = 0;
+    // The row that was finished last.
+    const std::uint8_t* lastRow_ = nullptr;
+    std::size_t lastRowSize_ = 0;
+
+    std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;
+    std::size_t nextBlockSize_;
+    std::deque<Dictionary> dictionaries_;
+};
+
+/// Reads what a row store wrote.
+struct CellReader {
+    /// One cell, and the position after it.
+    static std::string_view read(const std::uint8_t* position, const std::uint8_t** next);
+    /// The number of cells of a row, and the position of the first one.
+    static std::size_t readCount(const std::uint8_t* row, const std::uint8_t** first);
+};
+
+}  // namespace ZkMobileBackup

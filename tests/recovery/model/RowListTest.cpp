@@ -1,0 +1,207 @@
+#include <gmock/gmock.h>
+#include <random>
+
+#include "recovery/model/RowStore.h"
+
+namespace ZkMobileBackup {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+using Texts = std::vector<std::string>;
+
+TEST(Row, WithoutContentHasNoCells) {
+    const Row row;
+    EXPECT_EQ(row.count(), 0U);
+    EXPECT_EQ(row.cell(0), "");
+    EXPECT_THAT(row.texts(), IsEmpty());
+    EXPECT_EQ(row.dictionary(), nullptr);
+}
+
+TEST(Row, GivesItsCellsInOrder) {
+    RowList rows;
+    rows.append(Texts{"1", "", "some text", "NULL"});
+    const Row row = rows[0];
+    EXPECT_EQ(row.count(), 4U);
+    EXPECT_EQ(row.cell(0), "1");
+    EXPECT_EQ(row.cell(1), "");
+    EXPECT_EQ(row.cell(2), "some text");
+    EXPECT_EQ(row.cell(3), "NULL");
+    EXPECT_THAT(row.texts(), ElementsAre("1", "", "some text", "NULL"));
+    EXPECT_THAT(Texts(row.begin(), row.end()), ElementsAre("1", "", "some text", "NULL"));
+}
+
+TEST(Row, CellPastItsEndIsTheEmptyText) {
+    RowList rows;
+    rows.append(Texts{"1", "2"});
+    EXPECT_EQ(rows[0].cell(2), "");
+    EXPECT_EQ(rows[0].cell(~std::size_t{0}), "");
+}
+
+TEST(Row, MayHaveNoCells) {
+    RowList rows;
+    rows.append(Texts{});
+    EXPECT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows[0].count(), 0U);
+    EXPECT_EQ(rows[0].dictionary(), nullptr);
+}
+
+TEST(Row, KeepsNulsInsideATextAndAnyOtherByte) {
+    RowList rows;
+    const std::string bytes("a\0b\xFF\xFE\xFD\xFC\xFB\xFA", 9);
+    rows.append(Texts{bytes, "0", bytes});
+    EXPECT_THAT(rows[0].texts(), ElementsAre(bytes, "0", bytes));
+}
+
+class CellOfLength : public ::testing::TestWithParam<std::size_t> {};
+
+TEST_P(CellOfLength, IsKeptWhole) {
+    const std::string text(GetParam(), 'x');
+    RowList rows;
+    rows.append(Texts{text, "next"});
+    rows.append(Texts{"before", text});
+    EXPECT_THAT(rows[0].texts(), ElementsAre(text, "next"));
+    EXPECT_THAT(rows[1].texts(), ElementsAre("before", text));
+}
+
+INSTANTIATE_TEST_SUITE_P(AroundEachForm, CellOfLength,
+                         ::testing::Values(0, 1, 4, 5, 127, 128, 248, 249, 250, 251, 252, 255, 256, 4095, 4096, 65535,
+                                           65536, 3000000));
+
+TEST(RowStore, FrequentTextsReadLikeAnyOther) {
+    RowStore store;
+    store.beginRow();
+    store.appendCell(RowStore::FrequentText::kNull);
+    store.appendCell(RowStore::FrequentText::kZero);
+    store.appendCell(RowStore::FrequentText::kOne);
+    store.appendCell(RowStore::FrequentText::kMinusOne);
+    for (const char* text : {"NULL", "0", "1", "-1", "null", "NULLS", "00", "-"}) store.appendCell(text);
+    EXPECT_THAT(store.finishRow().texts(),
+                ElementsAre("NULL", "0", "1", "-1", "NULL", "0", "1", "-1", "null", "NULLS", "00", "-"));
+}
+
+TEST(RowStore, IntegersAreWrittenInDecimal) {
+    RowStore store;
+    store.beginRow();
+    for (const std::int64_t number :
+         {std::int64_t{0}, std::int64_t{1}, std::int64_t{-1}, std::int64_t{2}, std::int64_t{-2}, std::int64_t{65535},
+          std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()}) {
+        store.appendInteger(number);
+    }
+    EXPECT_THAT(store.finishRow().texts(), ElementsAre("0", "1", "-1", "2", "-2", "65535", "-9223372036854775808",
+                                                       "9223372036854775807"));
+}
+
+TEST(RowStore, RowThatIsBegunAgainForgetsItsCells) {
+    RowStore store;
+    store.beginRow();
+    store.appendCell("given up");
+    store.beginRow();
+    store.appendCell("kept");
+    EXPECT_THAT(store.finishRow().texts(), ElementsAre("kept"));
+}
+
+TEST(RowStore, EqualRowsOneAfterTheOtherReadTheSame) {
+    RowList rows;
+    for (int i = 0; i < 3; ++i) rows.append(Texts{"-1", "NULL", "NULL"});
+    rows.append(Texts{"-1", "NULL"});
+    rows.append(Texts{"-1", "NULL", "x"});
+    rows.append(Texts{"-1", "NULL", "NULL"});
+    for (const std::size_t position : {0, 1, 2, 5}) EXPECT_THAT(rows[position].texts(), ElementsAre("-1", "NULL", "NULL"));
+    EXPECT_THAT(rows[3].texts(), ElementsAre("-1", "NULL"));
+    EXPECT_THAT(rows[4].texts(), ElementsAre("-1", "NULL", "x"));
+}
+
+TEST(RowStore, KeepsManyRowsOfAllSizes) {
+    std::mt19937 random(1);
+    const auto upTo = [&random](std::size_t most) { return random() % (most + 1); };
+    std::vector<Texts> expected;
+    RowList rows;
+    for (int i = 0; i < 3000; ++i) {
+        Texts row;
+        for (std::size_t cells = upTo(6); cells > 0; --cells) {
+            row.emplace_back(upTo(20) == 0 ? upTo(20000) : upTo(12), static_cast<char>('a' + upTo(25)));
+        }
+        rows.append(row);
+        expected.push_back(std::move(row));
+    }
+    for (std::size_t i = 0; i < expected.size(); ++i) ASSERT_EQ(rows[i].texts(), expected[i]) << i;
+}
+
+TEST(RowList, KeepsTheOrderInWhichRowsCame) {
+    RowList rows;
+    for (const char* text : {"b", "a", "c"}) rows.append(Texts{text});
+    Texts first;
+    for (const Row& row : rows) first.emplace_back(row.cell(0));
+    EXPECT_THAT(first, ElementsAre("b", "a", "c"));
+}
+
+TEST(RowList, HoldsResultRows) {
+    RowList rows;
+    rows.append(Dictionary{{"name", "x"}});
+    ASSERT_NE(rows[0].dictionary(), nullptr);
+    EXPECT_EQ(*rows[0].dictionary()->text("name"), "x");
+    EXPECT_EQ(rows[0].count(), 0U);
+    EXPECT_EQ(rows[0].cell(0), "");
+    rows[0].dictionary()->set("name", "y");
+    EXPECT_EQ(*rows[0].dictionary()->text("name"), "y");
+}
+
+TEST(RowList, ResultRowsStayWhereTheyAreWhenMoreCome) {
+    RowList rows;
+    rows.append(Dictionary{{"name", "first"}});
+    const Dictionary* const first = rows[0].dictionary();
+    for (int i = 0; i < 1000; ++i) rows.append(Dictionary{{"name", "more"}});
+    EXPECT_EQ(rows[0].dictionary(), first);
+}
+
+TEST(RowList, TakesRowsOfAnotherStoreAsCopies) {
+    RowList target;
+    {
+        RowList source;
+        source.append(Texts{"1", "raw"});
+        source.append(Dictionary{{"name", "result"}});
+        target.append(source);
+    }
+    EXPECT_THAT(target[0].texts(), ElementsAre("1", "raw"));
+    EXPECT_EQ(*target[1].dictionary()->text("name"), "result");
+}
+
+TEST(RowList, TakesRowsOfItsOwnStoreAsTheyAre) {
+    const auto store = std::make_shared<RowStore>();
+    RowList source(store);
+    RowList target(store);
+    source.append(Dictionary{{"name", "result"}});
+    target.append(source);
+    EXPECT_EQ(target[0].dictionary(), source[0].dictionary());
+}
+
+TEST(RowList, MayBeAppendedToItself) {
+    RowList rows;
+    rows.append(Texts{"a"});
+    rows.append(Texts{"b"});
+    rows.append(rows);
+    EXPECT_EQ(rows.size(), 4U);
+    EXPECT_EQ(rows[3].cell(0), "b");
+}
+
+TEST(RowList, DeepCopySharesNothing) {
+    RowList rows;
+    rows.append(Dictionary{{"name", "before"}});
+    const RowList copy = rows.deepCopy();
+    rows[0].dictionary()->set("name", "after");
+    EXPECT_EQ(*copy[0].dictionary()->text("name"), "before");
+}
+
+TEST(RowList, ClearedListKeepsNoRows) {
+    RowList rows;
+    rows.append(Texts{"a"});
+    rows.clear();
+    EXPECT_TRUE(rows.empty());
+    rows.append(Texts{"b"});
+    EXPECT_EQ(rows[0].cell(0), "b");
+}
+
+}  // namespace
+}  // namespace ZkMobileBackup

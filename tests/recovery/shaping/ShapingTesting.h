@@ -1,0 +1,91 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "recovery/TableKeys.h"
+#include "recovery/shaping/result_table.h"
+
+namespace ZkMobileBackup::testing {
+
+using Cells = std::vector<std::string>;
+using Entries = std::vector<std::pair<std::string, std::string>>;
+
+/// One progress report, taken apart.
+struct Report {
+    double process;
+    std::int64_t deleted;
+    std::int64_t all;
+    std::string table;
+    bool operator==(const Report&) const = default;
+};
+
+/// A parsed database that is made up row by row, and a recorder of what a shaping reports.
+struct Database {
+    std::vector<std::shared_ptr<RawTableObject>> tables;
+    std::atomic<bool> stop{false};
+    std::int64_t dbIndex = 0;
+    std::size_t stopAfterReports = static_cast<std::size_t>(-1);
+    std::vector<Report> reports;
+
+    void add(const std::string& name, const std::vector<std::string>& columns, const std::vector<Cells>& live,
+             const std::vector<Cells>& carved = {}) {
+        auto table = std::make_shared<RawTableObject>();
+        table->setName(name);
+        table->setFiledList(columns);
+        for (const Cells& row : live) table->rowList().append(row);
+        for (const Cells& row : carved) table->deletedRowList().append(row);
+        tables.push_back(std::move(table));
+    }
+
+    std::shared_ptr<CustomTableObject> shaped(
+        std::shared_ptr<CustomTableObject> (*shape)(const shaping::Source& source)) {
+        return shape({.tables = tables, .stop = stop, .dbIndex = dbIndex, .report = [this](const Dictionary& progress) {
+                          record(progress);
+                      }});
+    }
+
+    void record(const Dictionary& progress) {
+        reports.push_back({*progress.find("Backup_Process_Key")->floating(),
+                           *progress.find("Backup_Deleted_Data_Key")->integer(),
+                           *progress.find("Backup_All_Data_Key")->integer(), *progress.text("Backup_identify_Key")});
+        if (reports.size() == stopAfterReports) stop = true;
+    }
+};
+
+/// A result row without its identity, in its own order.
+inline Entries entriesOf(const Row& row) {
+    Entries entries;
+    const Dictionary& dictionary = *row.dictionary();
+    for (std::size_t i = 0; i < dictionary.size(); ++i) {
+        if (dictionary.keyAt(i) == kRowIdentityKey) continue;
+        entries.emplace_back(dictionary.keyAt(i), *dictionary.valueAt(i).text());
+    }
+    return entries;
+}
+
+/// The same of a row that may not be there.
+inline Entries entriesOf(const RowList& rows, std::size_t position) {
+    return position < rows.size() ? entriesOf(rows[position]) : Entries{{"no such row", ""}};
+}
+
+inline std::vector<Entries> entriesOf(const RowList& rows) {
+    std::vector<Entries> all;
+    for (const Row& row : rows) all.push_back(entriesOf(row));
+    return all;
+}
+
+/// One column of every row.
+inline std::vector<std::string> columnOf(const RowList& rows, const std::string& column) {
+    std::vector<std::string> texts;
+    for (const Row& row : rows) {
+        const std::string* text = row.dictionary()->text(column);
+        texts.push_back(text != nullptr ? *text : "(missing)");
+    }
+    return texts;
+}
+
+}  // namespace ZkMobileBackup::testing

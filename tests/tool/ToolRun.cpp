@@ -1,0 +1,82 @@
+#include "tests/tool/ToolRun.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <functional>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace ZkMobileBackup {
+namespace {
+
+void redirect(int descriptor, const std::string& path) {
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    if (file < 0 || dup2(file, descriptor) < 0) _exit(127);
+}
+
+[[noreturn]] void become(std::string program, std::vector<std::string> arguments) {
+    std::vector<char*> argv{program.data()};
+    for (std::string& argument : arguments) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    execv(program.c_str(), argv.data());
+    _exit(127);
+}
+
+std::string textOf(const std::string& path) {
+    const std::vector<std::uint8_t> bytes = readBytes(path);
+    return {bytes.begin(), bytes.end()};
+}
+
+ToolResult runPrepared(const std::vector<std::string>& arguments, const std::function<void()>& prepare,
+                       const char* program = ZKMB_TOOL) {
+    const TemporaryFolder folder;
+    const pid_t child = fork();
+    if (child == 0) {
+        redirect(STDOUT_FILENO, folder.path("output"));
+        redirect(STDERR_FILENO, folder.path("errors"));
+        setenv("TZ", "UTC", 1);
+        prepare();
+        become(program, arguments);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, textOf(folder.path("output")), textOf(folder.path("errors"))};
+}
+
+/// Leaves a blocked SIGINT waiting for the program that this process becomes.
+void pressCtrlC() {
+    sigset_t interrupt;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    sigprocmask(SIG_BLOCK, &interrupt, nullptr);
+    raise(SIGINT);
+}
+
+}  // namespace
+
+ToolResult runExample(const std::vector<std::string>& arguments) {
+    return runPrepared(
+        arguments, [] {}, ZKMB_EXAMPLE);
+}
+
+ToolResult runTool(const std::vector<std::string>& arguments) {
+    return runPrepared(arguments, [] {});
+}
+
+ToolResult runInterruptedTool(const std::vector<std::string>& arguments) {
+    return runPrepared(arguments, pressCtrlC);
+}
+
+ToolResult runToolWithOutput(const std::string& path, const std::vector<std::string>& arguments) {
+    return runPrepared(arguments, [&] { redirect(STDOUT_FILENO, path); });
+}
+
+ToolResult runToolAtHome(const std::string& home, const std::vector<std::string>& arguments) {
+    return runPrepared(arguments, [&] { setenv("HOME", home.c_str(), 1); });
+}
+
+}  // namespace ZkMobileBackup

@@ -1,0 +1,42 @@
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "tests/support/Files.h"
+#include "tests/support/SampleBackup.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tool/ToolRun.h"
+
+namespace ZkMobileBackup {
+namespace {
+
+TEST(UntouchedBackup, EveryFileStaysAsItIsWhateverTheToolDoes) {
+    const TemporaryFolder folder;
+    const std::string backup = folder.path("backups/sample");
+    writeSampleBackup(backup);
+    const auto before = folderContent(backup);
+    std::vector<std::vector<std::string>> runs = {
+        {"list", "--root", folder.path("backups")},
+        {"manifest", backup},
+        {"scan", backup},
+        {"records", backup, "--domain", "Note"},
+        {"export", backup, "--output", folder.path("out"), "--type", "html"},
+        {"export", backup, "--output", backup, "--type", "html"},
+        {"export", backup, "--output", backup + "/new", "--type", "html"},
+        {"export", backup, "--output", folder.path("out"), "--type", "docx"},
+    };
+    for (const auto& [name, content] : before) {
+        runs.push_back({"tables", backup + "/" + name});
+        runs.push_back({"result", backup + "/" + name});
+        runs.push_back({"document", backup + "/" + name, "--output", folder.path("out/rows"), "--type", "html"});
+    }
+    for (std::vector<std::string> arguments : runs) {
+        runTool(arguments);
+        arguments.push_back("--json");
+        runTool(arguments);
+    }
+    EXPECT_EQ(folderContent(backup), before);
+}
+
+}  // namespace
+}  // namespace ZkMobileBackup

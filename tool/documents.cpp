@@ -1,0 +1,40 @@
+#include "tool/documents.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <string>
+
+#include "export/DlxExporter.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+
+namespace zkmb {
+
+using ZkMobileBackup::DlxExportType;
+
+void addTypeOption(CLI::App& command, DlxExportType& type) {
+    std::vector<std::string> names;
+    for (const auto& format : ZkMobileBackup::kExportFormats) names.push_back(format.extension);
+    const auto choose = [&type](const std::string& name) {
+        for (const auto& format : ZkMobileBackup::kExportFormats) {
+            if (name == format.extension) type = format.type;
+        }
+    };
+    command.add_option_function<std::string>("--type", choose, "Type of the documents")
+        ->required()
+        ->type_name(fmt::format("{}", fmt::join(names, "|")))
+        ->check(CLI::IsMember(names).description(""));
+}
+
+void printWrittenFiles(const std::vector<std::string>& paths) {
+    std::string text;
+    for (const std::string& path : paths) text += path + "\n";
+    writeOutput(fmt::format("{}{} {} written\n", text, paths.size(), paths.size() == 1 ? "file" : "files"));
+}
+
+void requireWritable(DlxExportType type) {
+    if (ZkMobileBackup::DlxExporter::canWrite(type)) return;
+    throw Failure(fmt::format("Documents of the type {} cannot be written yet.", fileExtension(type)));
+}
+
+}  // namespace zkmb

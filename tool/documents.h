@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "export/DlxExportType.h"
+
+namespace CLI {
+class App;
+}
+
+namespace zkmb {
+
+/// Declares the option --type of a command; `type` receives its value.
+void addTypeOption(CLI::App& command, ZkMobileBackup::DlxExportType& type);
+
+/// Prints the paths of the files that were written, then their number.
+void printWrittenFiles(const std::vector<std::string>& paths);
+
+/// Throws a Failure when documents of this type cannot be written.
+void requireWritable(ZkMobileBackup::DlxExportType type);
+
+}  // namespace zkmb

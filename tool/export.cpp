@@ -1,0 +1,197 @@
+#include <CLI/CLI.hpp>
+#include <cstddef>
+#include <fmt/format.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ZkMobileBackup/records/ZkMobileBackupAppDomainRecord.h"
+#include "base/MainQueue.h"
+#include "export/DlxExporter.h"
+#include "tool/backup.h"
+#include "tool/command.h"
+#include "tool/documents.h"
+#include "tool/failure.h"
+#include "tool/files.h"
+#include "tool/json_writer.h"
+#include "tool/output.h"
+#include "tool/progress_bar.h"
+#include "tool/text_table.h"
+
+namespace zkmb {
+namespace {
+
+using ZkMobileBackup::DlxExportType;
+using ZkMobileBackup::MainQueue;
+using ZkMobileBackup::ZkMobileBackupAppDomain;
+
+struct Options {
+    std::string backup;
+    std::string output;
+    DlxExportType type = DlxExportType::kHtml;
+    std::vector<std::string> domains;
+    std::string only;
+    bool json = false;
+};
+
+/// What became of the records of one domain.
+struct Outcome {
+    std::string domain;
+    std::size_t live = 0;
+    std::size_t deleted = 0;
+    std::vector<std::string> files{};
+    std::string failure{};
+};
+
+/// Follows the export of one domain to its end.
+class Extraction {
+public:
+    Extraction(ZkMobileBackupAppDomain& domain, Context& context)
+        : domain_(domain), interruption_(context.interruption), bar_(context, "Writing " + nameOf(domain)) {}
+
+    void run(const std::string& folder, DlxExportType type) {
+        domain_.extractWithOutputPath(
+            folder, type, [this](std::int64_t ended, std::int64_t, std::atomic<bool>* stop, double progress) {
+                hear(ended != 0, *stop, progress);
+            });
+        while (!isOver()) MainQueue::run();
+    }
+
+private:
+    void hear(bool ended, std::atomic<bool>& stop, double progress) {
+        bar_.show(progress);
+        if (stopRequest_ == nullptr) stopRequest_ = interruption_.onRequest([this, &stop] { requestStop(stop); });
+        if (!ended) return;
+        ++ends_;
+        MainQueue::stop();
+    }
+
+    // A file that was stopped reports its own end before the end of the job.
+    bool isOver() const { return ends_ > (wasStopped() ? 1 : 0); }
+
+    bool wasStopped() const {
+        const ZkMobileBackup::DlxExporter& exporter = *domain_.exporter();
+        return exporter.isStop() && exporter.writtenPaths().empty() && exporter.firstFailure().empty();
+    }
+
+    // Domains that write their files themselves look at the flag, the others are stopped through their exporter.
+    void requestStop(std::atomic<bool>& stop) {
+        stop = true;
+        domain_.exporter()->stopRecoveryBackupData();
+    }
+
+    ZkMobileBackupAppDomain& domain_;
+    Interruption& interruption_;
+    ProgressBar bar_;
+    Interruption::Registration stopRequest_;
+    int ends_ = 0;
+};
+
+void requireOutputOutside(const Options& options) {
+    if (!liesWithin(options.output, options.backup)) return;
+    throw Failure(
+        fmt::format("The output folder '{}' lies in the backup, where nothing is ever written.", options.output));
+}
+
+bool isWanted(bool deleted, const std::string& only) {
+    return only.empty() || (only == "deleted") == deleted;
+}
+
+void markRecords(ZkMobileBackupAppDomain& domain, const std::string& only, Outcome& outcome) {
+    for (const auto& record : domain.records()) {
+        if (!isWanted(record->isDeleted(), only)) continue;
+        record->setShouldRecovery(true);
+        ++(record->isDeleted() ? outcome.deleted : outcome.live);
+    }
+}
+
+Outcome exportDomain(ZkMobileBackupAppDomain& domain, const Options& options, Context& context) {
+    Outcome outcome{.domain = nameOf(domain)};
+    parseDomain(domain, context);
+    markRecords(domain, options.only, outcome);
+    if (outcome.live + outcome.deleted == 0 || context.interruption.requested()) return outcome;
+    Extraction(domain, context).run(options.output, options.type);
+    outcome.files = domain.exporter()->writtenPaths();
+    outcome.failure = domain.exporter()->firstFailure();
+    return outcome;
+}
+
+std::vector<Outcome> exportDomains(const Domains& domains, const Options& options, Context& context) {
+    std::vector<Outcome> outcomes;
+    for (const Domain& domain : domains) {
+        if (!context.interruption.requested()) outcomes.push_back(exportDomain(*domain, options, context));
+    }
+    return outcomes;
+}
+
+void writeJson(const std::vector<Outcome>& outcomes) {
+    JsonWriter json;
+    json.beginObject();
+    json.key("domains");
+    json.beginArray();
+    for (const Outcome& outcome : outcomes) {
+        json.beginObject();
+        json.key("name");
+        json.text(outcome.domain);
+        json.key("live");
+        json.number(outcome.live);
+        json.key("deleted");
+        json.number(outcome.deleted);
+        json.key("files");
+        json.texts(outcome.files);
+        json.endObject();
+    }
+    json.endArray();
+    json.endObject();
+    json.finish();
+}
+
+void printSummary(const std::vector<Outcome>& outcomes) {
+    TextTable table({"domain", "live", "deleted", "files"});
+    std::vector<std::string> paths;
+    for (const Outcome& outcome : outcomes) {
+        table.addRow({outcome.domain, std::to_string(outcome.live), std::to_string(outcome.deleted),
+                      std::to_string(outcome.files.size())});
+        paths.insert(paths.end(), outcome.files.begin(), outcome.files.end());
+    }
+    table.print();
+    writeOutput("\n");
+    printWrittenFiles(paths);
+}
+
+void throwFirstFailure(const std::vector<Outcome>& outcomes) {
+    for (const Outcome& outcome : outcomes) {
+        if (!outcome.failure.empty()) throw Failure(outcome.failure);
+    }
+}
+
+void run(const Options& options, Context& context) {
+    requireWritable(options.type);
+    requireReadableFolder(options.backup);
+    requireManifest(options.backup);
+    requireOutputOutside(options);
+    const auto parser = scanBackup(options.backup, context);
+    const Domains domains = domainsNamed(parser->domains(), options.domains);
+    makeFolder(options.output);
+    const std::vector<Outcome> outcomes = exportDomains(domains, options, context);
+    options.json ? writeJson(outcomes) : printSummary(outcomes);
+    throwFirstFailure(outcomes);
+    context.interruption.throwIfRequested();
+}
+
+}  // namespace
+
+Action setUpExport(CLI::App& command, Context& context) {
+    const auto options = std::make_shared<Options>();
+    command.add_option("BACKUP", options->backup, "Folder of a backup; nothing in it is changed")->required();
+    command.add_option("--output", options->output, "Folder for the files")->required();
+    addTypeOption(command, options->type);
+    command.add_option("--domain", options->domains, "Name of a domain as 'zkmb scan' shows it; may repeat")
+        ->allow_extra_args(false);
+    command.add_option("--only", options->only, "Leave out the other records")
+        ->check(CLI::IsMember({"live", "deleted"}).description("live|deleted"));
+    command.add_flag("--json", options->json, "Print the summary as JSON");
+    return [options, &context] { run(*options, context); };
+}
+
+}  // namespace zkmb
