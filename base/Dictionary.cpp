@@ -71,22 +71,8 @@ Dictionary& Dictionary::operator=(const Dictionary& other) = default;
 Dictionary& Dictionary::operator=(Dictionary&& other) noexcept = default;
 Dictionary::~Dictionary() = default;
 
-Dictionary::Dictionary(CopyOnWrite<Keys> keys, const Value& preset) {
-    Content& content = content_.edit();
-    content.values.assign(keys->size(), preset);
-    content.keys = std::move(keys);
-}
-
 Dictionary::Dictionary(std::initializer_list<std::pair<std::string_view, Value>> entries) {
     for (const auto& [key, value] : entries) set(key, value);
-}
-
-CopyOnWrite<Dictionary::Keys> Dictionary::makeKeys(const std::vector<std::string>& names) {
-    Keys keys;
-    for (const std::string& name : names) {
-        if (keys.find(name) == kNotFound) keys.append(name);
-    }
-    return CopyOnWrite<Keys>(std::move(keys));
 }
 
 std::size_t Dictionary::size() const {
@@ -124,13 +110,6 @@ void Dictionary::set(std::string_view key, Value value) {
 
 void Dictionary::setValueAt(std::size_t position, Value value) {
     content_.edit().values[position] = std::move(value);
-}
-
-void Dictionary::appendToArray(std::string_view key, Value value) {
-    const Value* present = find(key);
-    if (present == nullptr || present->array() == nullptr) set(key, Array());
-    Content& content = content_.edit();
-    content.values[content.keys->find(key)].editArray()->push_back(std::move(value));
 }
 
 void Dictionary::remove(std::string_view key) {

@@ -15,7 +15,7 @@ struct Log {
 };
 
 Log& log() {
-    static Log instance;
+    static Log& instance = *new Log;  // never destroyed: jobs may still write while the process ends
     return instance;
 }
 

@@ -1,14 +1,15 @@
 #include "base/Text.h"
 
+#include <charconv>
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <system_error>
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
-
-#include <charconv>
-#include <cstring>
-#include <limits>
-#include <system_error>
 
 namespace ZkMobileBackup {
 
@@ -43,6 +44,12 @@ UChar32 nextCharacter(std::string_view text, std::size_t& position) {
 std::string_view withoutLeadingBlanks(std::string_view text) {
     const std::size_t start = text.find_first_not_of(kBlanks);
     return start == std::string_view::npos ? std::string_view() : text.substr(start);
+}
+
+/// What becomes of a number that no double can hold: infinity or 0. Only the C library says which.
+double valueOutOfRange(std::string_view number) {
+    static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", nullptr);
+    return strtod_l(std::string(number).c_str(), nullptr, cLocale);
 }
 
 std::string_view withoutTrailingSlash(std::string_view path) {
@@ -139,12 +146,7 @@ double floatValue(std::string_view text) {
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error == std::errc::result_out_of_range) {
-        // Too large or too small; the exponent's sign, or its absence behind many digits, says which.
-        const std::string_view number(text.data(), static_cast<std::size_t>(end - text.data()));
-        value = number.find("e-") != std::string_view::npos || number.find("E-") != std::string_view::npos ||
-                        number.starts_with("0.") || number.starts_with('.')
-                    ? 0
-                    : std::numeric_limits<double>::infinity();
+        value = valueOutOfRange({text.data(), end});
     }
     return negative ? -value : value;
 }

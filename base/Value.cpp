@@ -9,11 +9,6 @@ const Array* Value::array() const {
     return array != nullptr ? &array->get() : nullptr;
 }
 
-Array* Value::editArray() {
-    auto* array = std::get_if<CopyOnWrite<Array>>(&data_);
-    return array != nullptr ? &array->edit() : nullptr;
-}
-
 double Value::numberOr0() const {
     if (const auto* whole = integer()) return static_cast<double>(*whole);
     if (const auto* number = floating()) return *number;
@@ -29,7 +24,10 @@ bool Value::operator==(const Value& other) const {
     if (const auto* mine = floating()) return *mine == *other.floating();
     if (const auto* mine = date()) return *mine == *other.date();
     if (const auto* mine = size()) return *mine == *other.size();
-    if (const auto* mine = bytes()) return *mine == *other.bytes();
+    if (const auto* mine = bytes()) {
+        const SharedBytes& theirs = *other.bytes();
+        return *mine == theirs || (*mine != nullptr && theirs != nullptr && **mine == *theirs);
+    }
     if (const auto* mine = image()) return *mine == *other.image();
     return true;
 }

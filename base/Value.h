@@ -38,25 +38,17 @@ struct Size {
 };
 
 /// A dictionary from texts to values that keeps the order in which its keys were first set: that order is its order of
-/// enumeration everywhere. Copies are cheap, they share their content until one of them is changed; dictionaries made
-/// from one list of keys share these. Look-ups take constant time.
+/// enumeration everywhere. Copies are cheap: they share their content until one of them is changed, and after a
+/// change of values alone still their keys. Look-ups take constant time.
 class ZKMB_API Dictionary {
 public:
-    /// A list of distinct keys that many dictionaries may share.
-    class Keys;
-
     Dictionary();
-    /// A dictionary that has every one of `keys`, each mapped to `preset`.
-    Dictionary(CopyOnWrite<Keys> keys, const Value& preset);
     Dictionary(std::initializer_list<std::pair<std::string_view, Value>> entries);
     Dictionary(const Dictionary& other);
     Dictionary(Dictionary&& other) noexcept;
     Dictionary& operator=(const Dictionary& other);
     Dictionary& operator=(Dictionary&& other) noexcept;
     ~Dictionary();
-
-    /// Makes a key list to be shared; a key that repeats an earlier one is left out.
-    static CopyOnWrite<Keys> makeKeys(const std::vector<std::string>& names);
 
     std::size_t size() const;
     bool empty() const { return size() == 0; }
@@ -72,8 +64,6 @@ public:
     /// Sets a value. A key that exists keeps its place, a new one goes to the end.
     void set(std::string_view key, Value value);
     void setValueAt(std::size_t position, Value value);
-    /// Adds an empty array under `key` where it has none yet and appends `value` to it.
-    void appendToArray(std::string_view key, Value value);
     /// Removes a key; without it nothing happens.
     void remove(std::string_view key);
     /// Sets every entry of `other`, in its order.
@@ -82,6 +72,7 @@ public:
     bool operator==(const Dictionary& other) const;
 
 private:
+    class Keys;
     struct Content;
     CopyOnWrite<Content> content_;
 };
@@ -94,8 +85,8 @@ public:
     Value(std::string_view text) : data_(std::string(text)) {}
     Value(const char* text) : data_(std::string(text)) {}
     template <typename Integer>
-        requires(std::is_integral_v<Integer> && !std::is_same_v<Integer, bool>)
-    Value(Integer number) : data_(static_cast<std::int64_t>(number)) {}
+    requires(std::is_integral_v<Integer> && !std::is_same_v<Integer, bool>) Value(Integer number)
+        : data_(static_cast<std::int64_t>(number)) {}
     Value(double number) : data_(number) {}
     Value(bool) = delete;
     Value(Date date) : data_(date) {}
@@ -117,9 +108,6 @@ public:
     const std::shared_ptr<const Image>* image() const { return std::get_if<std::shared_ptr<const Image>>(&data_); }
     const Array* array() const;
     const Dictionary* dictionary() const { return std::get_if<Dictionary>(&data_); }
-
-    /// The array for changing, null when the value is of another kind.
-    Array* editArray();
 
     /// A whole or floating number as a double, 0 for any other value.
     double numberOr0() const;

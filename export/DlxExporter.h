@@ -31,7 +31,7 @@ public:
     virtual void recoveryComplete(bool /*complete*/) {}
 };
 
-/// Writes tables of rows as documents, one job at a time, on the global queue of default priority. Start, progress and
+/// Writes tables of rows as documents, each job on the global queue of default priority. Start, progress and
 /// completion reach the delegate through the main queue, in this order. A job keeps its exporter alive until its last
 /// callback has been delivered. All methods may be called from any thread.
 class ZKMB_API DlxExporter : public FileCreatorDelegate, public std::enable_shared_from_this<DlxExporter> {

@@ -156,11 +156,6 @@ WrittenFile notWritten(const std::string& path, int error) {
 
 }  // namespace
 
-bool pathExists(const std::string& path) {
-    std::error_code error;
-    return fs::exists(path, error);
-}
-
 bool entryExists(const std::string& path) {
     std::error_code error;
     return fs::exists(fs::symlink_status(path, error));
@@ -169,11 +164,6 @@ bool entryExists(const std::string& path) {
 bool isDirectory(const std::string& path) {
     std::error_code error;
     return fs::is_directory(path, error);
-}
-
-bool isRegularFile(const std::string& path) {
-    std::error_code error;
-    return fs::is_regular_file(path, error);
 }
 
 std::optional<std::vector<std::string>> directoryEntries(const std::string& folder) {

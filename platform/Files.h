@@ -12,12 +12,9 @@ namespace ZkMobileBackup {
 
 // Paths are UTF-8 texts. Nothing here throws; every function may be called from any thread.
 
-/// Whether anything stands at the path (a link counts by its target).
-bool pathExists(const std::string& path);
 /// Whether a folder has an entry of that name, also a link that leads nowhere.
 bool entryExists(const std::string& path);
 bool isDirectory(const std::string& path);
-bool isRegularFile(const std::string& path);
 
 /// Names in a folder, sorted by their bytes; nothing when it cannot be listed.
 std::optional<std::vector<std::string>> directoryEntries(const std::string& folder);

@@ -119,7 +119,6 @@ std::shared_ptr<CustomTableObject> DlxSQLiteParser::shaped(Shaping shaping) {
     return shaping({.tables = state_->tables,
                     .stop = state_->stop,
                     .dbIndex = state_->dbIndex,
-                    .tableCount = state_->tableCount,
                     .report = [this](const Dictionary& progress) { parserProcess(progress); }});
 }
 
@@ -231,8 +230,7 @@ std::shared_ptr<PayloadObject> DlxSQLiteParser::decodePayloadWithMode(std::int64
                                                                       std::int64_t columnCount) {
     if (!state_->complete()) return nullptr;
     auto payload = std::make_shared<PayloadObject>();
-    const bool accepted =
-        engine::PayloadDecoder(*state_).decodeCarvedRecord(*payload, mode, forcedLength, columnCount);
+    const bool accepted = engine::PayloadDecoder(*state_).decodeCarvedRecord(*payload, mode, forcedLength, columnCount);
     return accepted ? payload : nullptr;
 }
 

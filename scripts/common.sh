@@ -15,9 +15,13 @@ logged() {
     return 1
 }
 
-configure_and_build() { cmake --preset "$1" && cmake --build --preset "$1" --parallel ${2:+--target "$2"}; }
+configure_and_build() {
+    local preset=$1
+    shift
+    cmake --preset "$preset" && cmake --build --preset "$preset" --parallel ${@:+--target "$@"}
+}
 
-# build PRESET [TARGET]
+# build PRESET [TARGET...]
 build() (
     cd "$root" && logged "build-$1" configure_and_build "$@"
 )

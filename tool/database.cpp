@@ -38,12 +38,12 @@ ParsedDatabase parseDatabase(const std::string& path, Context& context) {
         writeDiagnostic(fmt::format("Warning: '{}' does not begin like a SQLite database.", path));
     }
     ParsedDatabase database{.parser = DlxSQLiteParser::initWithDBPath(path)};
-    if (database.parser == nullptr) throw Failure(fmt::format("Cannot read '{}' into memory.", path));
+    if (database.parser->sqliteReader() == nullptr) throw Failure(fmt::format("Cannot read '{}' into memory.", path));
 
     ProgressBar bar(context, std::filesystem::path(path).filename());
     ProgressListener listener(bar);
     database.parser->setSqliteParserDelegate(&listener);
-    const auto stop = context.interruption.onRequest([&] { database.parser->setBStop(true); });
+    database.stopRequest = context.interruption.onRequest([parser = database.parser] { parser->setBStop(true); });
     database.completed = database.parser->parser();
     database.parser->setSqliteParserDelegate(nullptr);
     return database;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "recovery/DlxSQLiteParser.h"
+#include "tool/interruption.h"
 
 namespace zkmb {
 
@@ -13,6 +14,7 @@ struct Context;
 struct ParsedDatabase {
     std::shared_ptr<ZkMobileBackup::DlxSQLiteParser> parser;
     bool completed = false;
+    Interruption::Registration stopRequest{};  ///< Ctrl-C stops the parser, also while it shapes tables
 };
 
 /// Reads a database file, damaged or not, until its end or until Ctrl-C. Throws Failure when it cannot be opened and

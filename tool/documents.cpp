@@ -34,7 +34,7 @@ void printWrittenFiles(const std::vector<std::string>& paths) {
 
 void requireWritable(DlxExportType type) {
     if (ZkMobileBackup::DlxExporter::canWrite(type)) return;
-    throw Failure(fmt::format("Documents of the type {} cannot be written yet.", fileExtension(type)));
+    throw Failure(fmt::format("Documents of the type {} cannot be written yet, only html.", fileExtension(type)));
 }
 
 }  // namespace zkmb

@@ -62,18 +62,19 @@ void printTable(const Snapshots& snapshots) {
     table.print();
 }
 
-void run(const Options& options) {
+void run(const Options& options, const Context& context) {
     const Snapshots snapshots = snapshotsIn(options.root);
     options.json ? writeJson(snapshots) : printTable(snapshots);
+    context.interruption.throwIfRequested();
 }
 
 }  // namespace
 
-Action setUpList(CLI::App& command, Context&) {
+Action setUpList(CLI::App& command, Context& context) {
     const auto options = std::make_shared<Options>();
     command.add_option("--root", options->root, "Folder that holds the backups, instead of the user's own");
     command.add_flag("--json", options->json, "Print the backups as JSON");
-    return [options] { run(*options); };
+    return [options, &context] { run(*options, context); };
 }
 
 }  // namespace zkmb

@@ -1,9 +1,7 @@
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <fmt/format.h>
-#include <iterator>
 
 #include "base/Log.h"
 #include "base/Version.h"

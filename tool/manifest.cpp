@@ -48,27 +48,35 @@ void printTable(const Manifest& manifest) {
     table.print();
 }
 
-void run(const Options& options) {
-    const auto snapshot = openBackup(options.backup);
-    const std::optional<Manifest> manifest = ZkMobileBackup::ZkMbdbFileParser::fileListFromMbdb(*snapshot);
-    if (options.json) {
-        writeJson(manifest);
-    } else if (manifest.has_value()) {
-        printTable(*manifest);
+Manifest readManifest(const std::string& backup) {
+    const auto snapshot = openBackup(backup);
+    if (auto manifest = ZkMobileBackup::ZkMbdbFileParser::fileListFromMbdb(*snapshot)) return *std::move(manifest);
+    requireManifest(backup);
+    throw Failure(fmt::format("Cannot read the manifest of '{}'.", backup));
+}
+
+void writeManifest(const Options& options) {
+    if (!options.json) return printTable(readManifest(options.backup));
+    try {
+        writeJson(readManifest(options.backup));
+    } catch (const Failure&) {
+        writeJson(std::nullopt);
+        throw;
     }
-    if (!manifest.has_value()) {
-        requireManifest(options.backup);
-        throw Failure(fmt::format("Cannot read the manifest of '{}'.", options.backup));
-    }
+}
+
+void run(const Options& options, const Context& context) {
+    writeManifest(options);
+    context.interruption.throwIfRequested();
 }
 
 }  // namespace
 
-Action setUpManifest(CLI::App& command, Context&) {
+Action setUpManifest(CLI::App& command, Context& context) {
     const auto options = std::make_shared<Options>();
     command.add_option("BACKUP", options->backup, "Folder of a backup")->required();
     command.add_flag("--json", options->json, "Print the records as JSON");
-    return [options] { run(*options); };
+    return [options, &context] { run(*options, context); };
 }
 
 }  // namespace zkmb

@@ -52,8 +52,13 @@ constexpr Application kApplications[] = {
     {"call_history", nullptr}, {"Bookmarks", bookmarkTables}, {"voicemail", noTables}, {"Photos", noTables},
 };
 
+/// A trailing "." is no extension.
+std::string nameWithoutExtension(const std::filesystem::path& file) {
+    return file.extension() == "." ? file.filename() : file.stem();
+}
+
 const Application& applicationOf(const std::string& file) {
-    const std::string name = std::filesystem::path(file).stem();
+    const std::string name = nameWithoutExtension(file);
     const auto* found = std::ranges::find_if(kApplications, [&](const Application& a) { return a.name == name; });
     if (found == std::end(kApplications)) {
         throw Failure(fmt::format("No application keeps its data in a database named '{}': '{}'.", name, file));
@@ -125,7 +130,7 @@ Action setUpResult(CLI::App& command, Context& context) {
     const auto options = std::make_shared<Options>();
     command.add_option("FILE", options->file, "Database of an application, under its own name, such as notes.sqlite")
         ->required();
-    command.add_option("--contacts", options->contacts, "Contacts database that gives messages and calls their names");
+    command.add_option("--contacts", options->contacts, "Contacts database, for the databases of messages and calls");
     command.add_flag("--json", options->json, "Print the tables as JSON");
     return [options, &context] { run(*options, context); };
 }

@@ -22,6 +22,10 @@ bool continuesCharacter(char c) {
     return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
 
+bool beginsLongCharacter(char c) {
+    return static_cast<unsigned char>(c) >= 0xC0;
+}
+
 bool isControl(unsigned char c) {
     return c < 0x20 || c == 0x7F;
 }
@@ -33,6 +37,7 @@ bool isSecondControlSet(std::string_view rest) {
 
 std::size_t characterLength(std::string_view rest) {
     std::size_t length = 1;
+    if (!beginsLongCharacter(rest[0])) return length;
     while (length < std::min(rest.size(), kLongestCharacter) && continuesCharacter(rest[length])) ++length;
     return length;
 }

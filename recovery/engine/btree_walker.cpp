@@ -50,15 +50,13 @@ void BtreeWalker::walkInterior() {
         }
         if (state_.shouldStop()) return;
         const std::int64_t child = state_.pageStart(childNumber(page, page.nextChild++));
+        prefetchChild(page);
         state_.enterPage(child);
-        // A page that is its own ancestor would be walked for ever.
-        if (!state_.isBeforeEnd(child) || ancestors.contains(child)) continue;
+        if (!state_.isBeforeEnd(child)) continue;
         const std::uint8_t childType = state_.visitPage();
         if (childType == kLeafTablePage) walkLeaf();
-        if (childType == kInteriorTablePage) {
-            path.push_back(interiorPageAtCursor());
-            ancestors.insert(child);
-        }
+        // A page that is its own ancestor would be walked for ever.
+        if (childType == kInteriorTablePage && ancestors.insert(child).second) path.push_back(interiorPageAtCursor());
     }
 }
 
@@ -77,6 +75,12 @@ std::uint32_t BtreeWalker::childNumber(const InteriorPage& page, std::uint32_t c
     return fields.big32(isSchema() ? pointer - kFileHeaderSize : pointer);
 }
 
+/// Asks for the child that comes next; its number is read again when it is entered.
+void BtreeWalker::prefetchChild(const InteriorPage& page) const {
+    if (page.nextChild > page.cellCount) return;
+    state_.image().prefetch(state_.pageStart(childNumber(page, page.nextChild)), state_.header->pageSize());
+}
+
 void BtreeWalker::walkLeaf() {
     const std::int64_t header = state_.reader->dbCurOffset();
     if (state_.image().byte(header) != kLeafTablePage) {
@@ -87,7 +91,6 @@ void BtreeWalker::walkLeaf() {
     const std::int64_t pageSize = state_.header->pageSize();
     const CheckedFields fields(state_.image(), header, pageSize);
     const std::uint16_t cellCount = fields.big16(kCellCountField);
-    state_.image().prefetch(page, pageSize);
     liveCells_.clear();
     for (std::int64_t i = 0; i < cellCount && !state_.shouldStop(); ++i) {
         const std::uint16_t pointer = fields.big16(kLeafPointers + kPointerSize * i);

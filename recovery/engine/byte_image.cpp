@@ -1,12 +1,11 @@
 #include "recovery/engine/byte_image.h"
 
+#include <algorithm>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <cstring>
 
 namespace ZkMobileBackup::engine {
 
@@ -62,6 +61,9 @@ ByteImage::~ByteImage() {
 }
 
 Varint ByteImage::longVarint(std::int64_t position, std::int64_t available) const {
+    if (const std::uint8_t* at = readable(position, available)) {
+        return readVarint([at](std::int64_t i) { return at[i]; }, available);
+    }
     return readVarint([this, position](std::int64_t i) { return byte(position + i); }, available);
 }
 

@@ -31,7 +31,9 @@ public:
         return static_cast<std::uint16_t>(byte(position) << 8 | byte(position + 1));
     }
     std::uint32_t big32(std::int64_t position) const {
-        return std::uint32_t{big16(position)} << 16 | big16(position + 2);
+        const std::uint8_t* at = readable(position, 4);
+        if (at == nullptr) return std::uint32_t{big16(position)} << 16 | big16(position + 2);
+        return std::uint32_t{at[0]} << 24 | std::uint32_t{at[1]} << 16 | std::uint32_t{at[2]} << 8 | at[3];
     }
 
     /// The part of `length` bytes from `position` on that lies in the image.
@@ -41,7 +43,9 @@ public:
     }
 
     /// The number at `position`, read up to but not including the byte at `limit`.
-    Varint varint(std::int64_t position, std::int64_t limit) const { return varintOfAtMost(position, limit - position); }
+    Varint varint(std::int64_t position, std::int64_t limit) const {
+        return varintOfAtMost(position, limit - position);
+    }
     /// The same, given up after the first byte that makes it too long: a run of continuation bytes must not be read
     /// again from each of its bytes on.
     Varint shortVarint(std::int64_t position, std::int64_t limit) const {
@@ -65,9 +69,13 @@ private:
     enum class Storage { kHeap, kMapping };
     ByteImage(std::uint8_t* bytes, std::int64_t size, Storage storage) : data_(bytes), size_(size), storage_(storage) {}
 
-    /// The one check: the address of `length` bytes at `position`, null unless all of them lie in the image.
+    /// The one check: the address of `length` bytes at `position`, null unless all of them lie in the image. In
+    /// unsigned numbers, where a negative one is larger than any image.
     const std::uint8_t* readable(std::int64_t position, std::int64_t length) const {
-        return position >= 0 && length <= size_ && position <= size_ - length ? data_ + position : nullptr;
+        const auto start = static_cast<std::uint64_t>(position);
+        const auto size = static_cast<std::uint64_t>(size_);
+        const bool inside = start < size && static_cast<std::uint64_t>(length) <= size - start;
+        return inside ? data_ + start : nullptr;
     }
     Varint varintOfAtMost(std::int64_t position, std::int64_t available) const {
         if (available > 0) {

@@ -24,8 +24,7 @@ std::uint32_t converterNetInt32ToLocalInt32FromBuff(const std::uint8_t* buffer, 
     return std::uint32_t{field[0]} << 24 | std::uint32_t{field[1]} << 16 | std::uint32_t{field[2]} << 8 | field[3];
 }
 
-int varintDecode(std::uint64_t* value, const std::uint8_t* start, const std::uint8_t** end,
-                 const std::uint8_t* limit) {
+int varintDecode(std::uint64_t* value, const std::uint8_t* start, const std::uint8_t** end, const std::uint8_t* limit) {
     if (start == nullptr || limit == nullptr) return 0;
     const engine::Varint varint =
         engine::readVarint([start](std::int64_t i) { return start[i]; }, static_cast<std::int64_t>(limit - start));

@@ -23,19 +23,19 @@ void OffsetsAhead::assign(const PageOffsets* offsets) {
     offsets_.clear();
     if (offsets != nullptr) offsets_ = *offsets;
     std::sort(offsets_.begin(), offsets_.end());
-    position_ = 0;
     next_ = std::numeric_limits<std::int64_t>::min();
 }
 
 void OffsetsAhead::skipTo(std::int64_t distance) {
-    constexpr std::int64_t kLargestOffset = std::numeric_limits<std::uint16_t>::max();
-    if (distance < 0 || distance > kLargestOffset) {
-        const bool listed = std::binary_search(offsets_.begin(), offsets_.end(), low16(distance));
-        next_ = listed ? distance : distance + 1;
+    constexpr std::int64_t kLap = 65536;  // offsets count from anew after so many bytes
+    if (offsets_.empty()) {
+        next_ = std::numeric_limits<std::int64_t>::max() / 2;
         return;
     }
-    while (position_ < offsets_.size() && offsets_[position_] < distance) ++position_;
-    next_ = position_ < offsets_.size() ? offsets_[position_] : kLargestOffset + 1;
+    const std::uint16_t offset = low16(distance);
+    const std::int64_t lap = distance - offset;
+    const auto found = std::lower_bound(offsets_.begin(), offsets_.end(), offset);
+    next_ = found != offsets_.end() ? lap + *found : lap + kLap + offsets_.front();
 }
 
 void Carver::scan(RawTableObject& table, const ColumnSignature& signature, std::int64_t end,
@@ -53,12 +53,13 @@ void Carver::scan(RawTableObject& table, const ColumnSignature& signature, std::
         if (freeblocks_.contains(start - page)) cursor += state_.image().big16(start + kFreeblockSizeField);
         const auto match = signature.matchAt(state_.image(), cursor, reader.dbEnd());
         reader.setDbCurOffset(cursor);
-        if (match.accepted) appendMatch(table, match);
         // Also behind a record just found: what still fits from a later byte is reported again, in part.
         ++cursor;
         const std::int64_t distance = cursor - page;
         const std::int64_t nextJump = page + std::min(liveCells_.nextFrom(distance), freeblocks_.nextFrom(distance));
-        cursor = signature.nextPossibleMatch(state_.image(), cursor, std::min(nextJump, scanEnd), reader.dbEnd());
+        const std::int64_t bound = std::min(nextJump, scanEnd);
+        if (match.accepted) cursor += appendMatch(table, signature, match, bound);
+        cursor = signature.nextPossibleMatch(state_.image(), cursor, bound, reader.dbEnd());
     } while (cursor < scanEnd);
     reader.setDbCurOffset(cursor);
 }
@@ -72,20 +73,40 @@ std::int64_t Carver::liveCellJump(std::int64_t cell) const {
     return std::clamp(static_cast<std::int64_t>(length.value), std::int64_t{0}, state_.image().size());
 }
 
-/// A column list that takes NULL everywhere matches at nearly every zero byte. Away from the page's end, where no chain
-/// is followed, and inside the image, all these records make one row.
-void Carver::appendMatch(RawTableObject& table, const ColumnSignature::Match& match) {
-    const std::int64_t cursor = state_.reader->dbCurOffset();
-    const std::int64_t distance = cursor - state_.reader->dbCurPageOffset();
-    const auto columns = static_cast<std::int64_t>(table.filedList().size());
-    const bool plainNulls = match.allNull && match.length + low16(distance) <= state_.header->pageSize() &&
-                            !state_.isBeyondEnd(cursor + columns);
-    if (plainNulls && nullRow_) {
-        table.deletedRowList().append(*nullRow_, state_.rows);
-        return;
+/// A column list that takes NULL everywhere matches at nearly every zero byte, and all these records make one row: it
+/// is appended at once for the following positions before `bound` that show it, too. Returns their number.
+std::int64_t Carver::appendMatch(RawTableObject& table, const ColumnSignature& signature,
+                                 const ColumnSignature::Match& match, std::int64_t bound) {
+    const std::int64_t alike = match.allNull ? alikeNullRecords(table, signature, match.length, bound) : 0;
+    if (alike == 0) {
+        appendRecord(table, kUnallocatedRecord, match.length);
+        return 0;
     }
-    const std::optional<Row> row = appendRecord(table, kUnallocatedRecord, match.length);
-    if (plainNulls) nullRow_ = row;
+    std::int64_t missing = alike;
+    if (!nullRow_) {
+        nullRow_ = appendRecord(table, kUnallocatedRecord, match.length);
+        --missing;
+    }
+    if (nullRow_) table.deletedRowList().appendRepeatedly(*nullRow_, state_.rows, static_cast<std::size_t>(missing));
+    return alike - 1;
+}
+
+/// Number of records of NULLs, all alike, at the cursor and the positions after it before `bound`: away from the page's
+/// end, where no chain is followed, inside the image, and reading no byte but those that matched.
+std::int64_t Carver::alikeNullRecords(const RawTableObject& table, const ColumnSignature& signature,
+                                      std::uint16_t length, std::int64_t bound) const {
+    const std::int64_t cursor = state_.reader->dbCurOffset();
+    const auto columns = static_cast<std::int64_t>(table.filedList().size());
+    const auto tests = static_cast<std::int64_t>(signature.testCount());
+    if (columns - 1 > tests) return 0;
+    const std::int64_t untilSpill =
+        state_.header->pageSize() - length - low16(cursor - state_.reader->dbCurPageOffset());
+    const std::int64_t untilEnd = state_.reader->dbEnd() - std::max(columns, tests) - cursor;
+    const std::int64_t most = std::min({std::max(bound - cursor - 1, std::int64_t{0}), untilSpill, untilEnd});
+    if (most < 0) return 0;
+    const std::span<const std::uint8_t> bytes = state_.image().bytes(cursor, most + tests);
+    const auto zerosEnd = std::find_if(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte != 0; });
+    return std::max(zerosEnd - bytes.begin() - tests + 1, std::int64_t{0});
 }
 
 std::optional<Row> Carver::appendRecord(RawTableObject& table, RecordMode mode, std::uint16_t length) {

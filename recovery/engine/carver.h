@@ -31,7 +31,6 @@ private:
     void skipTo(std::int64_t distance);
 
     PageOffsets offsets_;  // sorted
-    std::size_t position_ = 0;
     std::int64_t next_ = 0;
 };
 
@@ -42,15 +41,18 @@ public:
 
     /// Tries every byte from the cursor up to the page's `end` but its last two, jumping over live cells and
     /// freeblocks, and appends what is found to the table's deleted rows. The cursor ends behind the last byte tried.
-    void scan(RawTableObject& table, const ColumnSignature& signature, std::int64_t end,
-              const PageOffsets* liveCells, const PageOffsets* freeblocks);
+    void scan(RawTableObject& table, const ColumnSignature& signature, std::int64_t end, const PageOffsets* liveCells,
+              const PageOffsets* freeblocks);
 
     /// Decodes each freeblock of the current page's chain as one record; returns the offsets of those that gave a row.
     PageOffsets scanFreeblocks(RawTableObject& table, std::uint16_t firstFreeblock);
 
 private:
     std::int64_t liveCellJump(std::int64_t cell) const;
-    void appendMatch(RawTableObject& table, const ColumnSignature::Match& match);
+    std::int64_t appendMatch(RawTableObject& table, const ColumnSignature& signature,
+                             const ColumnSignature::Match& match, std::int64_t bound);
+    std::int64_t alikeNullRecords(const RawTableObject& table, const ColumnSignature& signature, std::uint16_t length,
+                                  std::int64_t bound) const;
     std::optional<Row> appendRecord(RawTableObject& table, RecordMode mode, std::uint16_t length);
 
     ParserState& state_;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "recovery/engine/byte_image.h"
+#include "recovery/engine/serial_types.h"
 #include "recovery/model/TableObject.h"
 
 namespace ZkMobileBackup::engine {
@@ -21,10 +22,11 @@ public:
     /// Number of serial types that a match reads.
     std::size_t testCount() const { return tests_.size(); }
 
+    // The fields keep apart: packed into a register they would be put together in memory, which waits for its stores.
     struct Match {
         bool accepted = false;
-        std::uint16_t length = 0;  ///< an upper bound of the record's length, cut to 16 bits
-        bool allNull = false;      ///< every column passed with the serial type 0
+        alignas(std::uint64_t) std::uint16_t length = 0;  ///< upper bound of the record's length, cut to 16 bits
+        alignas(std::uint64_t) bool allNull = false;      ///< every column passed with the serial type 0
     };
     /// Tests the bytes at `position`; `dbEnd` is the position of the image's last byte.
     Match matchAt(const ByteImage& image, std::int64_t position, std::int64_t dbEnd) const;
@@ -33,40 +35,36 @@ public:
                                    std::int64_t dbEnd) const;
 
 private:
-    /// What the first byte of a serial type says of a column's test; bits, so that tests can be joined without branches.
-    enum ByteVerdict : std::uint8_t {
-        kTurnedDown = 0,
-        kPasses = 1,         ///< the byte is the whole serial type, and passes
-        kUndecided = 1 | 2,  ///< the serial type goes on
-    };
-    using ByteVerdicts = std::array<std::uint8_t, 256>;
-
     /// What one column demands of a serial type.
     class ColumnTest {
     public:
         explicit ColumnTest(const ColumnType& type);
         bool accepts(std::int32_t serialType) const;
-        const ByteVerdicts& verdicts() const { return verdicts_; }
+        /// The same for a serial type below kFirstLongSerialType.
+        bool acceptsShort(std::uint8_t serialType) const { return acceptsShort_[serialType]; }
 
     private:
         std::int64_t code_;
         bool hasDefault_;
         std::int64_t defaultInteger_ = 0;
         double defaultFloat_ = 0;
-        ByteVerdicts verdicts_{};
+        std::array<bool, kFirstLongSerialType> acceptsShort_{};
     };
 
-    static constexpr std::size_t kPrefix = 4;
+    /// A set of positions on which a match may have begun: bit k stands for the one k bytes back.
+    using Starts = std::uint32_t;
+    // The quick look takes in so many serial types of a byte each, which passes long runs of zeros over in most tables.
+    static constexpr std::size_t kMostQuickTests = 24;
+    static constexpr Starts kUndecided = Starts{1} << 31U;
 
-    std::size_t zerosTurnedDown() const;
-    bool prefixMayMatch(std::span<const std::uint8_t, kPrefix> bytes) const;
+    void prepareQuickLook();
 
     bool hasColumnTypes_;
     std::vector<ColumnTest> tests_;
-    // Verdicts of the first tests, all passing where there are fewer: nearly every position is turned down by these.
-    std::array<ByteVerdicts, kPrefix> prefix_{};
-    // So many zero bytes in a row are no match, 0 when any number may be one: free space is mostly zeros.
-    std::size_t zerosTurnedDown_;
+    // By byte: the starts that it leaves possible, and kUndecided for a byte that begins a longer serial type.
+    std::array<Starts, 256> possibleStarts_{};
+    // The start that has passed every test of the quick look, and kUndecided.
+    Starts decided_ = 0;
 };
 
 }  // namespace ZkMobileBackup::engine

@@ -13,8 +13,7 @@ bool followOverflowChain(const ParserState& state, std::vector<std::uint32_t>& p
 
 /// Copies the content of `pages` over the bytes from `destination` on, in chain order, and returns the end of the copy.
 /// The image changes for every later reader of these bytes.
-std::int64_t spliceOverflowPages(ParserState& state, const std::vector<std::uint32_t>& pages,
-                                 std::int64_t destination);
+std::int64_t spliceOverflowPages(ParserState& state, const std::vector<std::uint32_t>& pages, std::int64_t destination);
 
 /// Each overflow page, and the local part of a spilled record, gives four bytes to the number of the next page.
 inline constexpr std::int64_t kPageNumberSize = 4;

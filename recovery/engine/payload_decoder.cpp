@@ -76,25 +76,23 @@ std::int32_t PayloadDecoder::decodeHeader(PayloadObject& payload, std::int64_t s
     std::vector<PayloadCell>& cells = payload.cellList();
     std::int32_t cellCount = payload.cellCount();
     std::int32_t body = 0;
-    bool more = true;
-    for (std::int64_t position = start; more;) {
+    std::int64_t position = start;
+    do {
         const Varint stored = image.shortVarint(position, limit);
         if (stored.tooLong()) break;
         position += stored.advance;
 
-        const std::int32_t type = signed32(low32(stored.value));
-        const SerialType& kind = serialTypeOf(type);
-        if (!kind.valid()) {
-            cells.emplace_back(type, -1, 0);  // kept, so that rendering gives the row up
+        const CellShape shape = stored.value < kFirstLongSerialType ? kShortCellShapes[stored.value]
+                                                                    : cellShapeOf(signed32(low32(stored.value)));
+        if (!shape.valid) {
+            cells.emplace_back(shape.cellType, -1, 0);  // kept, so that rendering gives the row up
             body = 0;
             break;
         }
-        const std::int32_t size = contentSize(kind, type);
-        cells.emplace_back(kind.cellType, wrappedSum32(contentStart, body), size);
-        body = wrappedSum32(body, size);
+        cells.emplace_back(shape.cellType, wrappedSum32(contentStart, body), shape.size);
+        body = wrappedSum32(body, shape.size);
         ++cellCount;
-        more = static_cast<std::uint64_t>(body) <= longest && position < end && cellCount <= mostCells;
-    }
+    } while (static_cast<std::uint64_t>(body) <= longest && position < end && cellCount <= mostCells);
     payload.setCellCount(cellCount);
     return body;
 }

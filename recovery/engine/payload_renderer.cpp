@@ -1,12 +1,9 @@
 #include "recovery/engine/payload_renderer.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <array>
-#include <cstdio>
-#include <cstring>
 
 #include "base/Text.h"
 #include "recovery/engine/overflow_chain.h"
@@ -20,54 +17,55 @@ namespace {
 // a character that spans two pieces is lost with both.
 constexpr std::int64_t kTextChunk = 4096;
 
-std::int32_t wholeNumber(const ByteImage& image, Rendering rendering, std::int64_t content) {
-    const auto signedByte = [&image](std::int64_t at) { return static_cast<std::int8_t>(image.byte(at)); };
-    switch (rendering) {
-        case Rendering::kSigned8:
-            return signedByte(content);
-        case Rendering::kUnsigned16:
-            return image.big16(content);
-        case Rendering::kFolded24:
-            return image.big16(content) * 16 + signedByte(content + 2);
-        case Rendering::kFolded48:
-            return wrappedSum32(signed32(image.big32(content) << 4U), signedByte(content + 4));
-        case Rendering::kFolded64:
-            return wrappedSum32(signed32(image.big32(content) << 8U), image.big16(content + 4));
-        default:
-            return signed32(image.big32(content));
-    }
-}
-
+/// The value is whole: its six decimals are zeros, whatever decimal sign the host's locale has.
 [[gnu::noinline]] std::string firstByteNumber(const ByteImage& image, std::int64_t content) {
-    constexpr double kScale = 16777216;  // 2^24
-    std::array<char, 32> digits{};
-    const int length = std::snprintf(digits.data(), digits.size(), "%f", image.byte(content) * kScale);
-    return {digits.data(), static_cast<std::size_t>(length)};
-}
-
-/// Whether none of the bytes is NUL or above 0x7F: most texts.
-bool isPlainAscii(std::span<const std::uint8_t> bytes) {
-    constexpr std::uint64_t kHighBits = 0x8080808080808080U;
-    constexpr std::uint64_t kLowBits = 0x0101010101010101U;
-    const auto plain = [](std::uint64_t word) { return ((word | (word - kLowBits)) & kHighBits) == 0; };
-    while (bytes.size() >= sizeof(std::uint64_t)) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, bytes.data(), sizeof word);
-        if (!plain(word)) return false;
-        bytes = bytes.subspan(sizeof word);
-    }
-    return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte > 0 && byte < 0x80; });
+    return std::to_string(std::uint32_t{image.byte(content)} << 24U) + ".000000";
 }
 
 /// The bytes before the first NUL, empty where they are no valid UTF-8.
 std::string_view readableText(std::span<const std::uint8_t> bytes) {
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    if (isPlainAscii(bytes)) return text;
     const std::string_view untilNul = text.substr(0, text.find('\0'));
     return isValidUtf8(untilNul) ? untilNul : std::string_view();
 }
 
 }  // namespace
+
+/// Part of the loop over all cells of all records.
+[[gnu::always_inline]] inline void PayloadRenderer::appendCell(Rendering rendering, std::int64_t content,
+                                                               std::int32_t size) {
+    RowStore& row = *state_.rows;
+    const ByteImage& image = state_.image();
+    const auto signedByte = [&image](std::int64_t at) { return static_cast<std::int8_t>(image.byte(at)); };
+    switch (rendering) {
+        case Rendering::kInvalid:
+            return;
+        case Rendering::kNull:
+            return row.appendCell(RowStore::FrequentText::kNull);
+        case Rendering::kZero:
+            return row.appendCell(RowStore::FrequentText::kZero);
+        case Rendering::kOne:
+            return row.appendCell(RowStore::FrequentText::kOne);
+        case Rendering::kSigned8:
+            return row.appendInteger(signedByte(content));
+        case Rendering::kUnsigned16:
+            return row.appendInteger(image.big16(content));
+        case Rendering::kFolded24:
+            return row.appendInteger(image.big16(content) * 16 + signedByte(content + 2));
+        case Rendering::kSigned32:
+            return row.appendInteger(signed32(image.big32(content)));
+        case Rendering::kFolded48:
+            return row.appendInteger(wrappedSum32(signed32(image.big32(content) << 4U), signedByte(content + 4)));
+        case Rendering::kFolded64:
+            return row.appendInteger(wrappedSum32(signed32(image.big32(content) << 8U), image.big16(content + 4)));
+        case Rendering::kFirstByte:
+            return row.appendCell(firstByteNumber(image, content));
+        case Rendering::kBlob:
+            return appendBlob(content, size);
+        case Rendering::kText:
+            return appendText(content, size);
+    }
+}
 
 std::optional<Row> PayloadRenderer::render(PayloadObject& payload, std::int64_t mode) {
     mapContent(payload);
@@ -104,36 +102,16 @@ void PayloadRenderer::mapContent(PayloadObject& payload) {
         payload.setMappedDataEndpoint(pageLimit);
         return;
     }
-    payload.setMappedDataEndpoint(
-        spliceOverflowPages(state_, payload.overFlowPageList(), pageLimit - kPageNumberSize));
-}
-
-void PayloadRenderer::appendCell(Rendering rendering, std::int64_t content, std::int32_t size) {
-    RowStore& row = *state_.rows;
-    switch (rendering) {
-        case Rendering::kNull:
-            return row.appendCell(RowStore::FrequentText::kNull);
-        case Rendering::kZero:
-            return row.appendCell(RowStore::FrequentText::kZero);
-        case Rendering::kOne:
-            return row.appendCell(RowStore::FrequentText::kOne);
-        case Rendering::kFirstByte:
-            return row.appendCell(firstByteNumber(state_.image(), content));
-        case Rendering::kBlob:
-            return appendBlob(content, size);
-        case Rendering::kText:
-            return appendText(content, size);
-        default:
-            return row.appendInteger(wholeNumber(state_.image(), rendering, content));
-    }
+    payload.setMappedDataEndpoint(spliceOverflowPages(state_, payload.overFlowPageList(), pageLimit - kPageNumberSize));
 }
 
 void PayloadRenderer::appendText(std::int64_t content, std::int64_t length) {
-    if (length <= kTextChunk) {
-        state_.rows->appendCell(readableText(state_.image().bytes(content, length)));
-    } else {
+    if (length > kTextChunk) {
         state_.rows->appendCell(text(state_.image(), content, length, state_.reader->dbEnd()));
+        return;
     }
+    const std::span<const std::uint8_t> bytes = state_.image().bytes(content, length);
+    if (!state_.rows->appendPlainCell(bytes)) state_.rows->appendCell(readableText(bytes));
 }
 
 void PayloadRenderer::appendBlob(std::int64_t content, std::int64_t length) {
@@ -146,7 +124,7 @@ void PayloadRenderer::appendBlob(std::int64_t content, std::int64_t length) {
             state_.rows->appendCell(hexDigits(state_.image(), content, low16(length)));
         }
     }
-    header.setBlobCount(header.blobCount() + 1);
+    header.setBlobCount(wrappedSum32(header.blobCount(), 1));
 }
 
 std::string PayloadRenderer::text(const ByteImage& image, std::int64_t content, std::int64_t length,
@@ -185,6 +163,7 @@ void PayloadRenderer::writeBlobFile(const ByteImage& image, std::int64_t content
     std::span<const std::uint8_t> rest = image.bytes(content, length);
     while (!rest.empty()) {
         const ssize_t written = write(file, rest.data(), rest.size());
+        if (written < 0 && errno == EINTR) continue;
         if (written <= 0) break;
         rest = rest.subspan(static_cast<std::size_t>(written));
     }

@@ -20,7 +20,7 @@ public:
     /// record's overflow pages into the image first.
     std::optional<Row> render(PayloadObject& payload, std::int64_t mode);
 
-    /// The text of `length` bytes at `content`, none of them read beyond `limit`.
+    /// The text of `length` bytes at `content`; empty when it begins beyond `limit`, past which no piece of it begins.
     static std::string text(const ByteImage& image, std::int64_t content, std::int64_t length, std::int64_t limit);
     /// Upper-case hexadecimal digits of the part of the blob that lies in the image.
     static std::string hexDigits(const ByteImage& image, std::int64_t content, std::uint16_t length);

@@ -36,7 +36,7 @@ struct SerialType {
     std::uint8_t classes;  ///< TypeClass bits
 
     static constexpr std::int32_t kSizeFromType = -1;
-    bool valid() const { return rendering != Rendering::kInvalid; }
+    constexpr bool valid() const { return rendering != Rendering::kInvalid; }
     bool is(TypeClass typeClass) const { return (classes & typeClass) != 0; }
 };
 
@@ -70,12 +70,37 @@ constexpr const SerialType& serialTypeOf(std::int32_t stored) {
 
 /// The kind of a decoded cell by its PayloadCell::type.
 constexpr const SerialType& serialTypeOfCell(std::int32_t cellType) {
-    return cellType <= PayloadCell::kText ? serialTypeOf(cellType) : kNoSerialType;
+    return cellType >= 0 && cellType <= PayloadCell::kText ? kSerialTypes[static_cast<std::size_t>(cellType)]
+                                                           : kNoSerialType;
 }
 
 /// Content size in bytes of a stored serial type.
 constexpr std::int32_t contentSize(const SerialType& kind, std::int32_t stored) {
     return kind.contentSize == SerialType::kSizeFromType ? (stored - kind.cellType) / 2 : kind.contentSize;
 }
+
+/// What a header says of one cell.
+struct CellShape {
+    std::int32_t cellType = 0;  ///< PayloadCell::type; of a serial type that is not valid the type itself
+    std::int32_t size = 0;      ///< bytes of content
+    bool valid = false;
+};
+constexpr CellShape cellShapeOf(std::int32_t stored) {
+    const SerialType& kind = serialTypeOf(stored);
+    if (!kind.valid()) return {stored, 0, false};
+    return {kind.cellType, contentSize(kind, stored), true};
+}
+
+/// Serial types below this one take a single byte.
+inline constexpr std::int32_t kFirstLongSerialType = 0x80;
+
+/// cellShapeOf for the serial types of a single byte: nearly all.
+inline constexpr auto kShortCellShapes = [] {
+    std::array<CellShape, kFirstLongSerialType> shapes{};
+    for (std::int32_t stored = 0; stored < kFirstLongSerialType; ++stored) {
+        shapes[static_cast<std::size_t>(stored)] = cellShapeOf(stored);
+    }
+    return shapes;
+}();
 
 }  // namespace ZkMobileBackup::engine

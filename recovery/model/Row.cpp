@@ -39,7 +39,8 @@ std::vector<std::string> Row::texts() const {
 }
 
 const Dictionary* Row::dictionary() const {
-    return (content_ & kDictionaryMark) != 0 ? reinterpret_cast<const Dictionary*>(content_ - kDictionaryMark) : nullptr;
+    return (content_ & kDictionaryMark) != 0 ? reinterpret_cast<const Dictionary*>(content_ - kDictionaryMark)
+                                             : nullptr;
 }
 
 Dictionary* Row::dictionary() {
@@ -79,16 +80,18 @@ void RowList::append(Row row, const std::shared_ptr<RowStore>& owner) {
     }
 }
 
+void RowList::appendRepeatedly(Row row, const std::shared_ptr<RowStore>& owner, std::size_t times) {
+    if (owner == store_) {
+        rows_.insert(rows_.end(), times, row);
+    } else {
+        for (std::size_t i = 0; i < times; ++i) appendCopy(row);
+    }
+}
+
 void RowList::append(const RowList& other) {
     const std::size_t count = other.size();  // of a list appended to itself, too
     rows_.reserve(size() + count);
     for (std::size_t i = 0; i < count; ++i) append(other[i], other.store_);
-}
-
-RowList RowList::deepCopy() const {
-    RowList copy;
-    copy.append(*this);
-    return copy;
 }
 
 void RowList::appendCopy(const Row& row) {

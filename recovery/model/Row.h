@@ -94,11 +94,10 @@ public:
     void append(const RowList& other);
     void clear() { rows_.clear(); }
 
-    /// A list over a store of its own that holds a copy of every row.
-    RowList deepCopy() const;
-
     /// Appends one row that `owner` holds: the handle where this list shares that store, a copy otherwise.
     void append(Row row, const std::shared_ptr<RowStore>& owner);
+    /// The same, so many times.
+    void appendRepeatedly(Row row, const std::shared_ptr<RowStore>& owner, std::size_t times);
 
 private:
     void appendCopy(const Row& row);

@@ -2,8 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <deque>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -29,6 +31,16 @@ public:
 
     void beginRow();
     void appendCell(std::string_view text);
+    /// Appends a short text of plain ASCII without NUL; appends nothing and returns false when it is any other.
+    bool appendPlainCell(std::span<const std::uint8_t> text) {
+        if (text.size() > kLongestShortText) return false;
+        growBy(1 + text.size());
+        if (!copyPlain(text, end_ + 1)) return false;
+        *end_ = static_cast<std::uint8_t>(text.size());
+        end_ += 1 + text.size();
+        ++cellCount_;
+        return true;
+    }
     void appendCell(FrequentText text) {
         if (end_ == blockEnd_) growBy(1);
         *end_++ = static_cast<std::uint8_t>(kFirstFrequentText + static_cast<std::uint8_t>(text));
@@ -50,6 +62,34 @@ private:
 
     friend struct CellReader;
 
+    /// Copies a text, and tells whether none of its bytes is NUL or above 0x7F.
+    static bool copyPlain(std::span<const std::uint8_t> text, std::uint8_t* target) {
+        constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+        std::uint64_t marks = 0;
+        if (text.size() >= sizeof(std::uint64_t)) {
+            marks = copyWords<std::uint64_t>(text, target);
+        } else if (text.size() >= sizeof(std::uint32_t)) {
+            marks = copyWords<std::uint32_t>(text, target);
+        } else if (!text.empty()) {
+            marks = copyWords<std::uint8_t>(text, target);
+        }
+        return (marks & kHighBits) == 0;
+    }
+    /// Copies a text of at least a word. The high bits of the result show a byte that is NUL or above 0x7F.
+    template <typename Word>
+    static std::uint64_t copyWords(std::span<const std::uint8_t> text, std::uint8_t* target) {
+        constexpr auto kLowBits = static_cast<Word>(0x0101010101010101U);
+        const auto copy = [text, target](std::size_t at) {
+            Word word;
+            std::memcpy(&word, text.data() + at, sizeof word);
+            std::memcpy(target + at, &word, sizeof word);
+            return static_cast<Word>(word | static_cast<Word>(word - kLowBits));
+        };
+        const std::size_t last = text.size() - sizeof(Word);
+        Word marks = copy(last);
+        for (std::size_t at = 0; at < last; at += sizeof(Word)) marks = static_cast<Word>(marks | copy(at));
+        return marks;
+    }
     /// Makes room for `size` more bytes of the row in hand.
     void growBy(std::size_t size) {
         if (static_cast<std::size_t>(blockEnd_ - end_) < size) moveToNewBlock(size);

@@ -17,7 +17,6 @@ struct Source {
     const std::vector<std::shared_ptr<RawTableObject>>& tables;
     const std::atomic<bool>& stop;
     std::int64_t dbIndex = 0;                                ///< ordinal of the database in a larger run
-    std::int64_t tableCount = 0;                             ///< schema rows plus free pages of the database
     std::function<void(const Dictionary& progress)> report;  ///< may be empty
 };
 

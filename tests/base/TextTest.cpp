@@ -162,7 +162,9 @@ TEST(FloatValue, TooLargeIsInfinityAndTooSmallIs0) {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     EXPECT_EQ(floatValue("1e999"), kInfinity);
     EXPECT_EQ(floatValue("-1e999"), -kInfinity);
+    EXPECT_EQ(floatValue("0.1e999"), kInfinity);
     EXPECT_EQ(floatValue(std::string(400, '9')), kInfinity);
+    EXPECT_EQ(floatValue(std::string(400, '9') + "e-10"), kInfinity);
     EXPECT_EQ(floatValue("1e-999"), 0.0);
     EXPECT_EQ(floatValue("-1e-999"), 0.0);
     EXPECT_EQ(floatValue("0." + std::string(400, '0') + "1"), 0.0);

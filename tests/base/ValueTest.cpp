@@ -79,18 +79,5 @@ TEST(Value, NumberOfAnythingElseIs0) {
     EXPECT_EQ(Value().numberOr0(), 0.0);
 }
 
-TEST(Value, EditingTheArrayOfACopyLeavesTheOtherAlone) {
-    const Value original = Array{"a"};
-    Value copy = original;
-    copy.editArray()->push_back("b");
-    EXPECT_EQ(original, Value(Array{"a"}));
-    EXPECT_EQ(copy, Value(Array{"a", "b"}));
-}
-
-TEST(Value, OnlyAnArrayCanBeEditedAsOne) {
-    EXPECT_EQ(Value("x").editArray(), nullptr);
-    EXPECT_EQ(Value().editArray(), nullptr);
-}
-
 }  // namespace
 }  // namespace ZkMobileBackup

@@ -47,14 +47,6 @@ private:
     rlimit old_;
 };
 
-TEST(PathExists, LinkCountsByItsTarget) {
-    const TemporaryFolder folder;
-    fs::create_symlink("nowhere", folder.path("link"));
-    EXPECT_FALSE(pathExists(folder.path("link")));
-    writeText(folder.path("nowhere"), "");
-    EXPECT_TRUE(pathExists(folder.path("link")));
-}
-
 TEST(EntryExists, LinkThatLeadsNowhereCounts) {
     const TemporaryFolder folder;
     EXPECT_FALSE(entryExists(folder.path("link")));
@@ -62,15 +54,12 @@ TEST(EntryExists, LinkThatLeadsNowhereCounts) {
     EXPECT_TRUE(entryExists(folder.path("link")));
 }
 
-TEST(FileKinds, FoldersAndRegularFilesAreToldApart) {
+TEST(IsDirectory, TellsFoldersFromFiles) {
     const TemporaryFolder folder;
     writeText(folder.path("file"), "");
     EXPECT_TRUE(isDirectory(folder.path()));
     EXPECT_FALSE(isDirectory(folder.path("file")));
     EXPECT_FALSE(isDirectory(folder.path("missing")));
-    EXPECT_TRUE(isRegularFile(folder.path("file")));
-    EXPECT_FALSE(isRegularFile(folder.path()));
-    EXPECT_FALSE(isRegularFile(folder.path("missing")));
 }
 
 TEST(DirectoryEntries, NamesAreSortedByTheirBytes) {

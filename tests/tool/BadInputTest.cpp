@@ -132,8 +132,8 @@ TEST_P(BackupCommand, NamesAnIndexThatCannotBeRead) {
 INSTANTIATE_TEST_SUITE_P(BadInput, BackupCommand,
                          testing::Values(std::vector<std::string>{"manifest"}, std::vector<std::string>{"scan"},
                                          std::vector<std::string>{"records", "--domain", "Note"},
-                                         std::vector<std::string>{"export", "--output", "/tmp/zkmb_never_written",
-                                                                  "--type", "html"}));
+                                         std::vector<std::string>{"export", "--output", "/dev/null/never", "--type",
+                                                                  "html"}));
 
 TEST(BadInput, FileThatIsNoManifestGivesAWarning) {
     const TemporaryFolder folder;

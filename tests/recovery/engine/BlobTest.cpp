@@ -17,7 +17,6 @@ using namespace testing;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-
 /// Works in a new folder, so that blob files go there.
 class Blobs : public ::testing::Test {
 protected:
@@ -38,7 +37,8 @@ protected:
     DlxSQLiteDBHeader& header() { return *parser_->sqliteDBHeader(); }
     std::vector<std::string> files() const {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(folder_.path())) names.push_back(entry.path().filename());
+        for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
+            names.push_back(entry.path().filename());
         return names;
     }
 
@@ -115,7 +115,7 @@ TEST_F(Blobs, FileBelongsToItsOwnerAlone) {
 
 TEST_F(Blobs, FileThatIsThereIsReplaced) {
     useRecordWith(content_);
-    writeText("7.blob", "something much longer");
+    writeText(std::filesystem::absolute("7.blob"), "something much longer");
     parser_->dumpBlobToFile(kRecordPosition, 2, 7);
     EXPECT_EQ(readBytes("7.blob").size(), 2U);
 }
@@ -198,8 +198,7 @@ TEST_F(Blobs, OfRealRowsGoToFilesNumberedInTheOrderTheyAreMet) {
     const auto parser = DlxSQLiteParser::initWithDBData(builder.bytes());
     parser->sqliteDBHeader()->setBlobSizeLimit(2);
     ASSERT_TRUE(parser->parser());
-    EXPECT_THAT(rowsOf(parser->tableList().at(1)->rowList()),
-                ElementsAre(Texts{"a", "01"}, Texts{"a"}, Texts{"a"}));
+    EXPECT_THAT(rowsOf(parser->tableList().at(1)->rowList()), ElementsAre(Texts{"a", "01"}, Texts{"a"}, Texts{"a"}));
     EXPECT_EQ(readBytes("1.blob"), Bytes(2, 2));
     EXPECT_EQ(readBytes("2.blob"), Bytes(3, 3));
 }

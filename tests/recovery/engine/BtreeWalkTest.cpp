@@ -104,21 +104,20 @@ TEST(LeafPage, ReportsAPageOfAnotherTypeToTheLog) {
     EXPECT_EQ(lines, (Texts{"parser error"}));
 }
 
-TEST(LeafPage, LeavesTheCursorBehindItsPointersForTheScan) {
+TEST(LeafPage, LeavesTheCursorWhereTheScanEnds) {
     HandMadeDatabase database = databaseOf(2);
-    database.leaf(2, {twoTexts(1, "a", "b")});
+    database.leaf(2, {});
     const auto parser = database.parser();
     const auto table = parser->createTableOfFreePage(2);
     parser->sqliteReader()->setDbCurPageOffset(512);
     parser->sqliteReader()->setDbCurPageLimit(1024);
     parser->sqliteReader()->setDbCurOffset(512);
     EXPECT_TRUE(parser->parserLeafNodeOfTable(table.get()));
-    EXPECT_EQ(parser->sqliteReader()->dbCurOffset(), 1024 - 2);  // where the scan ended
+    EXPECT_EQ(parser->sqliteReader()->dbCurOffset(), 1024 - 2);
 }
 
 TEST(LeafCell, OfAnInvalidTypeGivesNoRowButIsLive) {
-    HandMadeDatabase database(kPageSize, 2);
-    database.schema({{"t", 2, "CREATE TABLE t (id INTEGER PRIMARY KEY, a TEXT, b TEXT)"}});
+    HandMadeDatabase database = databaseOf(3);
     // The type 10 ends the header with a body of 0 bytes, so that the header alone is the payload.
     const auto offset = database.leaf(2, {{4, 1, 4, 0, 0, 10}});
     const auto parser = database.parser();
@@ -176,7 +175,10 @@ TEST(InteriorPage, WrapsTheStartOfAPageAt32Bits) {
 TEST(InteriorPage, WrapsARootNumberAt32Bits) {
     HandMadeDatabase database(kPageSize, 2);
     // A rootpage of four bytes, type 4: 0x00800002.
-    database.leaf(1, {cell(1, {text("table"), text("t"), text("t"), {4, {0x00, 0x80, 0x00, 0x02}},
+    database.leaf(1, {cell(1, {text("table"),
+                               text("t"),
+                               text("t"),
+                               {4, {0x00, 0x80, 0x00, 0x02}},
                                text("CREATE TABLE t (a REAL, b REAL)")})});
     database.leaf(2, {twoTexts(1, "a", "b")});
     EXPECT_EQ(rowsOf(database), (std::vector<Texts>{{"a", "b"}}));
@@ -187,14 +189,11 @@ TEST(InteriorPage, TakesAChildThatBeginsBeforeTheImagesLastByteOnly) {
     database.interior(2, {}, 3);
     database.put8(database.start(3), 13);
     database.image.resize(database.start(3) + 1);  // the child begins at the last byte
-    const auto parser = database.parser();
-    Texts lines;
-    parser->parser();
+    const auto parser = database.parsed();
     EXPECT_TRUE(testing::liveRows(*parser, 1).empty());
     EXPECT_EQ(parser->sqliteReader()->dbCurOffset(), static_cast<std::int64_t>(database.start(3)));
     database.image.resize(database.start(3) + 2);
-    const auto longer = database.parser();
-    longer->parser();
+    const auto longer = database.parsed();
     EXPECT_EQ(longer->sqliteReader()->dbCurOffset(), static_cast<std::int64_t>(database.end(3)) - 2);  // was scanned
 }
 
@@ -434,8 +433,8 @@ TEST(SpilledRecord, IsReadThroughItsChainInAnyOrderOfPagesBehindIt) {
 TEST(SpilledRecord, ChangesThePagesBehindItsOwnForThoseWhoReadThemLater) {
     const std::string content = longText(600);
     HandMadeDatabase database(kPageSize, 5);
-    database.schema({{"spilled", 2, "CREATE TABLE spilled (a REAL, b REAL)"},
-                     {"under", 3, "CREATE TABLE under (a REAL, b REAL)"}});
+    database.schema(
+        {{"spilled", 2, "CREATE TABLE spilled (a REAL, b REAL)"}, {"under", 3, "CREATE TABLE under (a REAL, b REAL)"}});
     putSpilledCell(database, 2, 100, spillingPayload(content), {4});
     database.leaf(3, {twoTexts(1, "a", "b")});
     const auto parser = database.parsed();
@@ -446,8 +445,8 @@ TEST(SpilledRecord, ChangesThePagesBehindItsOwnForThoseWhoReadThemLater) {
 TEST(SpilledRecord, LeavesThePagesThatWereWalkedBefore) {
     const std::string content = longText(600);
     HandMadeDatabase database(kPageSize, 5);
-    database.schema({{"under", 3, "CREATE TABLE under (a REAL, b REAL)"},
-                     {"spilled", 2, "CREATE TABLE spilled (a REAL, b REAL)"}});
+    database.schema(
+        {{"under", 3, "CREATE TABLE under (a REAL, b REAL)"}, {"spilled", 2, "CREATE TABLE spilled (a REAL, b REAL)"}});
     putSpilledCell(database, 2, 100, spillingPayload(content), {4});
     database.leaf(3, {twoTexts(1, "a", "b")});
     const auto parser = database.parsed();

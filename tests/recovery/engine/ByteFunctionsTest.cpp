@@ -1,9 +1,9 @@
-#include "recovery/ByteFunctions.h"
-
 #include <array>
 #include <gtest/gtest.h>
 #include <limits>
 #include <vector>
+
+#include "recovery/ByteFunctions.h"
 
 namespace ZkMobileBackup {
 namespace {

@@ -1,9 +1,8 @@
-#include "recovery/engine/byte_image.h"
-
 #include <cstring>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include "recovery/engine/byte_image.h"
 #include "recovery/engine/checked_fields.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"

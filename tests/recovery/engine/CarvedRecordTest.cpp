@@ -62,7 +62,9 @@ TEST(CarvedRecord, OtherModesAreRejected) {
 
 TEST(CarvedRecord, LengthIsHeldToTheImageAndBothLimits) {
     const auto parser = parserOnRecord(kTwoNumbers);
-    const auto decodes = [&parser] { return parser->decodePayloadWithMode(kUnallocatedRecord, 9, kColumns) != nullptr; };
+    const auto decodes = [&parser] {
+        return parser->decodePayloadWithMode(kUnallocatedRecord, 9, kColumns) != nullptr;
+    };
     DlxSQLiteDBHeader& header = *parser->sqliteDBHeader();
     parser->sqliteReader()->setDbSize(9);
     header.setMinPaylaodLen(9);

@@ -33,13 +33,13 @@ std::vector<std::string> linesThatMatch(const std::regex& pattern, const std::se
 }
 
 // The image itself, the functions that hosts hand addresses to, and the store of finished rows.
-const std::set<std::string> kOwnersOfAddresses = {"byte_image.h",    "byte_image.cpp", "byte_order.cpp",
-                                                  "ByteFunctions.h", "Row.h",          "Row.cpp",
-                                                  "RowStore.h",      "RowStore.cpp"};
+const std::set<std::string> kOwnersOfAddresses = {"byte_image.h", "byte_image.cpp", "byte_order.cpp", "ByteFunctions.h",
+                                                  "Row.h",        "Row.cpp",        "RowStore.h",     "RowStore.cpp"};
 
 TEST(ImageAccess, NoOtherSourceNamesTheAddressOfAByte) {
-    EXPECT_THAT(linesThatMatch(std::regex(R"((uint8_t|unsigned char|char8_t|byte)\s*(const\s*)?\*)"), kOwnersOfAddresses),
-                ::testing::IsEmpty());
+    EXPECT_THAT(
+        linesThatMatch(std::regex(R"((uint8_t|unsigned char|char8_t|byte)\s*(const\s*)?\*)"), kOwnersOfAddresses),
+        ::testing::IsEmpty());
 }
 
 TEST(ImageAccess, OnlyTheRendererTakesTheAddressOfARange) {
@@ -53,7 +53,8 @@ DatabaseBuilder databaseWithOverflowAndDeletedRows() {
     DatabaseBuilder builder({.pageSize = 512});
     builder.exec("CREATE TABLE t (id INTEGER PRIMARY KEY, a TEXT, b BLOB)");
     for (std::int64_t i = 1; i <= 40; ++i) {
-        builder.insert("t", {i, std::string(static_cast<std::size_t>(i) * 50, 'x'), std::vector<std::uint8_t>(20, 0xAB)});
+        builder.insert("t",
+                       {i, std::string(static_cast<std::size_t>(i) * 50, 'x'), std::vector<std::uint8_t>(20, 0xAB)});
     }
     builder.exec("DELETE FROM t WHERE id % 3 = 0");
     return builder;

@@ -55,9 +55,16 @@ TEST(LiveCell, GivesEveryFieldOfItsRecord) {
 
 TEST(LiveCell, CellsAreCountedFromTheFirstByteOfTheRecord) {
     const auto payload = parserOnRecord({
-                                            0x08, 0x01, 0x04,  // length, rowid, header size
-                                            0x02, 0x0F, 0x0E,  // 2 bytes, text of 1, blob of 1
-                                            0x12, 0x34, 'x', 0xAB,
+                                            0x08,
+                                            0x01,
+                                            0x04,  // length, rowid, header size
+                                            0x02,
+                                            0x0F,
+                                            0x0E,  // 2 bytes, text of 1, blob of 1
+                                            0x12,
+                                            0x34,
+                                            'x',
+                                            0xAB,
                                         })
                              ->decodeNormalHeaderOfPayload();
     ASSERT_NE(payload, nullptr);

@@ -85,7 +85,7 @@ TEST(OverflowChain, PageThatBeginsTooCloseToTheEndOfTheImageIsTheLastOne) {
 }
 
 TEST(OverflowChain, PageOutsideTheImageIsTheLastOne) {
-    HandMadeDatabase database = databaseWithChain(4, {900, 0, 0});
+    HandMadeDatabase database = databaseWithChain(4, {900});
     database.put32(28, 1000);
     EXPECT_THAT(chainIn(database), ElementsAre(900));
 }

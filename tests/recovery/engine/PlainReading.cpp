@@ -106,8 +106,7 @@ private:
             return std::nullopt;
         }
         followOverflow(record, page, limit);
-        const std::int64_t body =
-            readHeader(record, header.next, rowid.next + static_cast<std::int64_t>(header.value));
+        const std::int64_t body = readHeader(record, header.next, rowid.next + static_cast<std::int64_t>(header.value));
         if (record.counted < 2) return std::nullopt;
         if (header.value + static_cast<std::uint64_t>(body) != record.length) return std::nullopt;
         return record;
@@ -200,18 +199,30 @@ private:
         const auto signedByte = [this](std::int64_t i) { return static_cast<std::int8_t>(byte(i)); };
         const auto signedText = [](std::uint64_t value) { return std::to_string(int32(value)); };
         switch (cell.type) {
-            case 0: return "NULL";
-            case 1: return std::to_string(signedByte(at));
-            case 2: return std::to_string(big(at, 2));
-            case 3: return std::to_string(static_cast<int>(big(at, 2) * 16) + signedByte(at + 2));
-            case 4: return signedText(big(at, 4));
-            case 5: return signedText((std::uint64_t{big(at, 4)} << 4U) + static_cast<std::uint64_t>(signedByte(at + 4)));
-            case 6: return signedText((std::uint64_t{big(at, 4)} << 8U) + big(at + 4, 2));
-            case 7: return std::to_string(byte(at) * 16777216.0);
-            case 8: return "0";
-            case 9: return "1";
-            case 12: return blobText(at, cell.size & 0xFFFF);
-            default: return textAt(at, cell.size);
+            case 0:
+                return "NULL";
+            case 1:
+                return std::to_string(signedByte(at));
+            case 2:
+                return std::to_string(big(at, 2));
+            case 3:
+                return std::to_string(static_cast<int>(big(at, 2) * 16) + signedByte(at + 2));
+            case 4:
+                return signedText(big(at, 4));
+            case 5:
+                return signedText((std::uint64_t{big(at, 4)} << 4U) + static_cast<std::uint64_t>(signedByte(at + 4)));
+            case 6:
+                return signedText((std::uint64_t{big(at, 4)} << 8U) + big(at + 4, 2));
+            case 7:
+                return std::to_string(byte(at) * 16777216.0);
+            case 8:
+                return "0";
+            case 9:
+                return "1";
+            case 12:
+                return blobText(at, cell.size & 0xFFFF);
+            default:
+                return textAt(at, cell.size);
         }
     }
 
@@ -286,7 +297,7 @@ private:
             const std::int64_t position = i < count ? std::int64_t{pageField(header, 12 + 2 * i, 2)} - shift : 8;
             const std::int64_t child = pageStart(pageField(header, position, 4));
             enter(child);
-            if (child < last() && !ancestors_.contains(child)) walk(table, child);
+            if (child < last() && !(byte(child) == 5 && ancestors_.contains(child))) walk(table, child);
         }
         ancestors_.erase(start);
     }
@@ -379,7 +390,8 @@ private:
         for (PlainTable& table : tables_) {
             if (freed.fieldCount > 0 && table.fieldCount == freed.fieldCount) target = &table;
         }
-        if (target != nullptr) target->deleted.insert(target->deleted.end(), freed.deleted.begin(), freed.deleted.end());
+        if (target != nullptr)
+            target->deleted.insert(target->deleted.end(), freed.deleted.begin(), freed.deleted.end());
     }
 
     // ---- Schema texts ----

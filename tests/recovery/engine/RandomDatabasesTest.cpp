@@ -95,7 +95,7 @@ private:
 
     void fill(const Table& table) {
         std::set<std::int64_t> rowids;
-        const std::size_t count = below(pageSize_ <= 1024 ? 200 : 80);
+        const std::size_t count = below(pageSize_ <= 1024 ? 120 : 40);
         while (rowids.size() < count) rowids.insert(static_cast<std::int64_t>(1 + below(kLargestRowid)));
         std::vector<std::int64_t> order(rowids.begin(), rowids.end());
         if (below(2) == 0) std::shuffle(order.begin(), order.end(), random_);
@@ -135,9 +135,12 @@ private:
 
     Cell randomInteger() {
         switch (below(4)) {
-            case 0: return static_cast<std::int64_t>(below(2));
-            case 1: return static_cast<std::int64_t>(below(256)) - 128;
-            default: return static_cast<std::int64_t>(below(32768 + 128)) - 128;
+            case 0:
+                return static_cast<std::int64_t>(below(2));
+            case 1:
+                return static_cast<std::int64_t>(below(256)) - 128;
+            default:
+                return static_cast<std::int64_t>(below(32768 + 128)) - 128;
         }
     }
 
@@ -164,7 +167,8 @@ private:
     void insertSpilledRow(const Table& table) {
         std::size_t room = 0;
         std::vector<Cell> row;
-        for (const Kind kind : table.kinds) row.push_back(kind == Kind::Key ? Cell(std::int64_t{1}) : randomCell(kind, room));
+        for (const Kind kind : table.kinds)
+            row.push_back(kind == Kind::Key ? Cell(std::int64_t{1}) : randomCell(kind, room));
         row.back() = asciiText(pageSize_ + below(std::min(3 * pageSize_, kLongestText - pageSize_)));
         insert(table, 1, row);
     }

@@ -162,7 +162,8 @@ TEST(RecordHeader, PastTheEndOfTheImageItIsFullOfNulls) {
 
 TEST(SerialTypeClasses, IntegersAreOneToEleven) {
     for (std::int32_t type = 1; type <= 11; ++type) EXPECT_TRUE(DlxSQLiteParser::isIntergerType(type)) << type;
-    for (const std::int32_t type : {-1, 0, 12, 13, 14, 1000}) EXPECT_FALSE(DlxSQLiteParser::isIntergerType(type)) << type;
+    for (const std::int32_t type : {-1, 0, 12, 13, 14, 1000})
+        EXPECT_FALSE(DlxSQLiteParser::isIntergerType(type)) << type;
 }
 
 TEST(SerialTypeClasses, FloatIsSevenAlone) {
@@ -171,7 +172,8 @@ TEST(SerialTypeClasses, FloatIsSevenAlone) {
 
 TEST(SerialTypeClasses, TextsAreNullAndOddTypesFromThirteenOn) {
     for (const std::int32_t type : {0, 13, 15, 4001}) EXPECT_TRUE(DlxSQLiteParser::isVarCharType(type)) << type;
-    for (const std::int32_t type : {-13, -1, 1, 9, 11, 12, 14}) EXPECT_FALSE(DlxSQLiteParser::isVarCharType(type)) << type;
+    for (const std::int32_t type : {-13, -1, 1, 9, 11, 12, 14})
+        EXPECT_FALSE(DlxSQLiteParser::isVarCharType(type)) << type;
 }
 
 TEST(SerialTypeClasses, BlobsAreNullAndEvenTypesFromTwelveOn) {

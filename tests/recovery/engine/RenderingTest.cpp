@@ -39,38 +39,37 @@ TEST_P(RenderedCell, IsThisText) {
 
 INSTANTIATE_TEST_SUITE_P(
     Each, RenderedCell,
-    ::testing::Values(
-        Rendering{"Null", 0, {}, "NULL"},                                                               //
-        Rendering{"OneByteIsSigned", 1, {0xFF}, "-1"},                                                  //
-        Rendering{"OneByteLargest", 1, {0x7F}, "127"},                                                  //
-        Rendering{"OneByteSmallest", 1, {0x80}, "-128"},                                                //
-        Rendering{"TwoBytesAreUnsigned", 2, {0xFF, 0xFF}, "65535"},                                     //
-        Rendering{"TwoBytesBigEndian", 2, {0x01, 0x02}, "258"},                                         //
-        Rendering{"ThreeBytesAreFolded", 3, {0x00, 0x01, 0x00}, "16"},                                  //
-        Rendering{"ThreeBytesWithASignedLastOne", 3, {0x00, 0x01, 0xFF}, "15"},                         //
-        Rendering{"ThreeBytesWithUnsignedFirstOnes", 3, {0xFF, 0xFF, 0x80}, "1048432"},                 //
-        Rendering{"FourBytesAreSigned", 4, {0xFF, 0xFF, 0xFF, 0xFE}, "-2"},                             //
-        Rendering{"FourBytesSmallest", 4, {0x80, 0x00, 0x00, 0x00}, "-2147483648"},                     //
-        Rendering{"FourBytesLargest", 4, {0x7F, 0xFF, 0xFF, 0xFF}, "2147483647"},                       //
-        Rendering{"SixBytesAreFolded", 5, {0x00, 0x00, 0x00, 0x01, 0x02, 0x99}, "18"},                  //
-        Rendering{"SixBytesWithASignedFifthOne", 5, {0x00, 0x00, 0x00, 0x01, 0xFF, 0x00}, "15"},        //
-        Rendering{"SixBytesWrap", 5, {0x0F, 0xFF, 0xFF, 0xFF, 0x7F, 0x00}, "111"},                      //
-        Rendering{"SixBytesLoseTheirTop", 5, {0xF0, 0x00, 0x00, 0x00, 0x05, 0x00}, "5"},                //
-        Rendering{"SixBytesArePrintedSigned", 5, {0x08, 0, 0, 0, 0, 0}, "-2147483648"},                 //
-        Rendering{"EightBytesAreFolded", 6, {0, 0, 0, 0x01, 0x00, 0x02, 0x99, 0x99}, "258"},            //
-        Rendering{"EightBytesWithAnUnsignedTail", 6, {0, 0, 0, 0, 0xFF, 0xFF, 0, 0}, "65535"},          //
-        Rendering{"EightBytesWrap", 6, {0x00, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0}, "65279"},            //
-        Rendering{"EightBytesLoseTheirTop", 6, {0xFF, 0, 0, 0, 0, 0x07, 0, 0}, "7"},                    //
-        Rendering{"EightBytesArePrintedSigned", 6, {0x00, 0x80, 0, 0, 0, 0, 0, 0}, "-2147483648"},      //
-        Rendering{"RealIsItsFirstByte", 7, {0x40, 0x59, 0, 0, 0, 0, 0, 0}, "1073741824.000000"},        //
-        Rendering{"RealsFirstByteIsUnsigned", 7, {0xFF, 0, 0, 0, 0, 0, 0, 0}, "4278190080.000000"},     //
-        Rendering{"RealWithAFirstByteOfZero", 7, {0, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0}, "0.000000"},        //
-        Rendering{"TheNumberZero", 8, {}, "0"},                                                         //
-        Rendering{"TheNumberOne", 9, {}, "1"},                                                          //
-        Rendering{"TextOfNothing", 13, {}, ""},                                                         //
-        Rendering{"Text", 19, {'a', 'b', 'c'}, "abc"},                                                  //
-        Rendering{"BlobOfNothing", 12, {}, ""},                                                         //
-        Rendering{"BlobInUpperCaseDigits", 18, {0x00, 0xAB, 0x0F}, "00AB0F"}),
+    ::testing::Values(Rendering{"Null", 0, {}, "NULL"},                                                            //
+                      Rendering{"OneByteIsSigned", 1, {0xFF}, "-1"},                                               //
+                      Rendering{"OneByteLargest", 1, {0x7F}, "127"},                                               //
+                      Rendering{"OneByteSmallest", 1, {0x80}, "-128"},                                             //
+                      Rendering{"TwoBytesAreUnsigned", 2, {0xFF, 0xFF}, "65535"},                                  //
+                      Rendering{"TwoBytesBigEndian", 2, {0x01, 0x02}, "258"},                                      //
+                      Rendering{"ThreeBytesAreFolded", 3, {0x00, 0x01, 0x00}, "16"},                               //
+                      Rendering{"ThreeBytesWithASignedLastOne", 3, {0x00, 0x01, 0xFF}, "15"},                      //
+                      Rendering{"ThreeBytesWithUnsignedFirstOnes", 3, {0xFF, 0xFF, 0x80}, "1048432"},              //
+                      Rendering{"FourBytesAreSigned", 4, {0xFF, 0xFF, 0xFF, 0xFE}, "-2"},                          //
+                      Rendering{"FourBytesSmallest", 4, {0x80, 0x00, 0x00, 0x00}, "-2147483648"},                  //
+                      Rendering{"FourBytesLargest", 4, {0x7F, 0xFF, 0xFF, 0xFF}, "2147483647"},                    //
+                      Rendering{"SixBytesAreFolded", 5, {0x00, 0x00, 0x00, 0x01, 0x02, 0x99}, "18"},               //
+                      Rendering{"SixBytesWithASignedFifthOne", 5, {0x00, 0x00, 0x00, 0x01, 0xFF, 0x00}, "15"},     //
+                      Rendering{"SixBytesWrap", 5, {0x0F, 0xFF, 0xFF, 0xFF, 0x7F, 0x00}, "111"},                   //
+                      Rendering{"SixBytesLoseTheirTop", 5, {0xF0, 0x00, 0x00, 0x00, 0x05, 0x00}, "5"},             //
+                      Rendering{"SixBytesArePrintedSigned", 5, {0x08, 0, 0, 0, 0, 0}, "-2147483648"},              //
+                      Rendering{"EightBytesAreFolded", 6, {0, 0, 0, 0x01, 0x00, 0x02, 0x99, 0x99}, "258"},         //
+                      Rendering{"EightBytesWithAnUnsignedTail", 6, {0, 0, 0, 0, 0xFF, 0xFF, 0, 0}, "65535"},       //
+                      Rendering{"EightBytesWrap", 6, {0x00, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0}, "65279"},         //
+                      Rendering{"EightBytesLoseTheirTop", 6, {0xFF, 0, 0, 0, 0, 0x07, 0, 0}, "7"},                 //
+                      Rendering{"EightBytesArePrintedSigned", 6, {0x00, 0x80, 0, 0, 0, 0, 0, 0}, "-2147483648"},   //
+                      Rendering{"RealIsItsFirstByte", 7, {0x40, 0x59, 0, 0, 0, 0, 0, 0}, "1073741824.000000"},     //
+                      Rendering{"RealsFirstByteIsUnsigned", 7, {0xFF, 0, 0, 0, 0, 0, 0, 0}, "4278190080.000000"},  //
+                      Rendering{"RealWithAFirstByteOfZero", 7, {0, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0}, "0.000000"},     //
+                      Rendering{"TheNumberZero", 8, {}, "0"},                                                      //
+                      Rendering{"TheNumberOne", 9, {}, "1"},                                                       //
+                      Rendering{"TextOfNothing", 13, {}, ""},                                                      //
+                      Rendering{"Text", 19, {'a', 'b', 'c'}, "abc"},                                               //
+                      Rendering{"BlobOfNothing", 12, {}, ""},                                                      //
+                      Rendering{"BlobInUpperCaseDigits", 18, {0x00, 0xAB, 0x0F}, "00AB0F"}),
     [](const auto& info) { return info.param.name; });
 
 /// A payload over the record's bytes with cells made by hand.
@@ -146,7 +145,8 @@ TEST(Rendering, CellPastTheEndOfTheImageIsTheEmptyTextWhateverItsType) {
 
 TEST(Rendering, PastTheEndBeginsBehindTheLastByte) {
     HandMadePayload made({{8, 0, 0}});
-    made.payload.cellList()[0].setOffset(static_cast<std::int32_t>(made.parser->sqliteReader()->dbEnd() - kRecordPosition));
+    made.payload.cellList()[0].setOffset(
+        static_cast<std::int32_t>(made.parser->sqliteReader()->dbEnd() - kRecordPosition));
     EXPECT_EQ(made.row(), Texts({"0"}));
     made.payload.cellList()[0].setOffset(made.payload.cellList()[0].offset() + 1);
     EXPECT_EQ(made.row(), Texts({""}));

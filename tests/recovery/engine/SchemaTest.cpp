@@ -24,7 +24,8 @@ Texts columnsOf(const std::string& name, const std::string& sql) {
 
 std::vector<std::int64_t> classesOf(const std::string& sql) {
     std::vector<std::int64_t> classes;
-    for (const ColumnType& type : tableOf("t", sql)->filedTypeList()) classes.push_back(type.code);
+    const auto table = tableOf("t", sql);
+    for (const ColumnType& type : table->filedTypeList()) classes.push_back(type.code);
     return classes;
 }
 
@@ -146,8 +147,7 @@ TEST(SearchFileds, TakesAKeyInTheFirstColumnAndTheThirdWordOnly) {
 TEST(SearchFileds, TakesADefaultInTheThirdWordOnly) {
     const auto table =
         tableOf("t", "CREATE TABLE t (a INTEGER DEFAULT 5, b INTEGER NOT NULL DEFAULT 6, c INTEGER default 7)");
-    EXPECT_EQ(table->filedTypeList(),
-              (std::vector<ColumnType>{{8, "5"}, {8, std::nullopt}, {8, std::nullopt}}));
+    EXPECT_EQ(table->filedTypeList(), (std::vector<ColumnType>{{8, "5"}, {8, std::nullopt}, {8, std::nullopt}}));
 }
 
 TEST(SearchFileds, TakesAnEmptyWordForADefault) {
@@ -160,8 +160,9 @@ TEST(SearchFileds, TakesTableConstraintsForColumns) {
               (Texts{"a", "b", "UNIQUE"}));
     EXPECT_EQ(columnsOf("t", "CREATE TABLE t (a TEXT, FOREIGN KEY (a) REFERENCES u (b), c TEXT)"),
               (Texts{"a", "FOREIGN"}));
-    EXPECT_EQ(columnsOf("t", "CREATE TABLE t (a TEXT, CHECK (a NOT NULL), CONSTRAINT k CHECK (a), c TEXT)"),
-              (Texts{"a", "CHECK", "CONSTRAINT", "c"}));
+    EXPECT_EQ(columnsOf("t", "CREATE TABLE t (a TEXT, CONSTRAINT k CHECK (a), c TEXT)"),
+              (Texts{"a", "CONSTRAINT", "c"}));
+    EXPECT_EQ(columnsOf("t", "CREATE TABLE t (a TEXT, CHECK (a NOT NULL), c TEXT)"), (Texts{"a", "CHECK"}));
 }
 
 TEST(SearchFileds, CountsAKeyAsAConstraintForTheFirstColumnOnlyByItsThirdWord) {
@@ -214,8 +215,7 @@ TEST(SearchFileds, StopsAtTheTextsEnd) {
 
 TEST(SearchFileds, CutsALongNameAndGoesOnBehindIt) {
     const std::string name(kLongestWord + 500, 'n');
-    EXPECT_EQ(columnsOf("t", "CREATE TABLE t (" + name + " TEXT, b TEXT)"),
-              (Texts{name.substr(0, kLongestWord), "b"}));
+    EXPECT_EQ(columnsOf("t", "CREATE TABLE t (" + name + " TEXT, b TEXT)"), (Texts{name.substr(0, kLongestWord), "b"}));
 }
 
 TEST(SearchFileds, FailsWithoutATableOrAText) {

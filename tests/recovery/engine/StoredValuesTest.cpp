@@ -28,8 +28,16 @@ std::shared_ptr<RawTableObject> onlyTable(const DatabaseBuilder& builder) {
 TEST(StoredValues, RowWithoutAnIntegerKeyHasAsManyElementsAsTheRecord) {
     DatabaseBuilder builder;
     builder.exec("CREATE TABLE t (a TEXT, b INTEGER, c TEXT)");
+    builder.insert("t", {std::string("x"), nullptr, std::string("y")});
+    EXPECT_THAT(rowsOf(onlyTable(builder)->rowList()), ElementsAre(Texts{"x", "NULL", "y"}));
+}
+
+TEST(StoredValues, NullThatEndsTheFileIsTheEmptyText) {
+    DatabaseBuilder builder;
+    builder.exec("CREATE TABLE t (a TEXT, b INTEGER, c TEXT)");
+    builder.insert("t", {std::string("x"), 5_n, nullptr});  // the first row ends the last page
     builder.insert("t", {std::string("x"), 5_n, nullptr});
-    EXPECT_THAT(rowsOf(onlyTable(builder)->rowList()), ElementsAre(Texts{"x", "5", "NULL"}));
+    EXPECT_THAT(rowsOf(onlyTable(builder)->rowList()), ElementsAre(Texts{"x", "5", ""}, Texts{"x", "5", "NULL"}));
 }
 
 TEST(StoredValues, RowidReplacesTheCellOfAnIntegerKey) {
@@ -62,15 +70,15 @@ TEST(StoredValues, NumbersReadInTheEnginesOwnWay) {
                                      "4096",                         // 01 00 00: 0x0100 times 16
                                      "524271",                       // 7F FF FF: 0x7FFF times 16, less 1
                                      "-8388609", "2147483647",       // four bytes
-                                     "66052",                        // 00 01 02 03 04 05: 0x00010203 << 4, plus 4
+                                     "1056820",                      // 00 01 02 03 04 05: 0x00010203 << 4, plus 4
                                      "0"));
 }
 
 TEST(StoredValues, RealsAreTheirFirstByte) {
     DatabaseBuilder builder;
     builder.exec("CREATE TABLE t (a TEXT, b REAL)");
-    builder.insert("t", {std::string("x"), 2.5});    // 40 04 ...
-    builder.insert("t", {std::string("x"), -2.5});   // C0 04 ...
+    builder.insert("t", {std::string("x"), 2.5});   // 40 04 ...
+    builder.insert("t", {std::string("x"), -2.5});  // C0 04 ...
     EXPECT_THAT(rowsOf(onlyTable(builder)->rowList()),
                 ElementsAre(Texts{"x", "1073741824.000000"}, Texts{"x", "3221225472.000000"}));
 }
@@ -110,10 +118,19 @@ TEST(StoredValues, RowidFromThreeBytesOnReadsInTheEnginesOwnWay) {
 
 TEST(StoredValues, PayloadOfThreeLengthBytesIsNotRead) {
     DatabaseBuilder builder({.pageSize = 32768});
+    builder.exec("CREATE TABLE t (a TEXT, b TEXT, c TEXT)");
+    const std::string half(8100, 'y');
+    builder.insert("t", {std::string("x"), half, half});
+    builder.insert("t", {std::string(400, 'x'), half, half});
+    EXPECT_THAT(rowsOf(onlyTable(builder)->rowList()), ElementsAre(Texts{"x", half, half}));
+}
+
+TEST(StoredValues, TextWhoseTypeTakesThreeBytesIsNotRead) {
+    DatabaseBuilder builder({.pageSize = 32768});
     builder.exec("CREATE TABLE t (a TEXT, b TEXT)");
-    builder.insert("t", {std::string("x"), std::string(16370, 'y')});
-    builder.insert("t", {std::string("x"), std::string(17000, 'y')});
-    EXPECT_THAT(rowsOf(onlyTable(builder)->rowList()), ElementsAre(Texts{"x", std::string(16370, 'y')}));
+    builder.insert("t", {std::string("x"), std::string(8185, 'y')});
+    builder.insert("t", {std::string("x"), std::string(8186, 'y')});
+    EXPECT_THAT(rowsOf(onlyTable(builder)->rowList()), ElementsAre(Texts{"x", std::string(8185, 'y')}));
 }
 
 TEST(StoredValues, PagesOf65536BytesGiveNothing) {

@@ -45,10 +45,10 @@ TEST(Text, ThatIsNoValidUtf8IsDropped) {
 }
 
 TEST(Text, IsHeldToStrictUtf8) {
-    EXPECT_EQ(shown("\xC1\x81"), "");              // overlong "A"
-    EXPECT_EQ(shown("\xE0\x82\xA9"), "");          // overlong
-    EXPECT_EQ(shown("\xED\xA0\x80"), "");          // a surrogate
-    EXPECT_EQ(shown("\xF4\x90\x80\x80"), "");      // above U+10FFFF
+    EXPECT_EQ(shown("\xC1\x81"), "");          // overlong "A"
+    EXPECT_EQ(shown("\xE0\x82\xA9"), "");      // overlong
+    EXPECT_EQ(shown("\xED\xA0\x80"), "");      // a surrogate
+    EXPECT_EQ(shown("\xF4\x90\x80\x80"), "");  // above U+10FFFF
     EXPECT_EQ(shown("\xF4\x8F\xBF\xBF"), "\xF4\x8F\xBF\xBF");
 }
 

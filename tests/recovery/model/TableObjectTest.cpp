@@ -1,6 +1,6 @@
-#include "recovery/model/TableObject.h"
-
 #include <gmock/gmock.h>
+
+#include "recovery/model/TableObject.h"
 
 namespace ZkMobileBackup {
 namespace {
