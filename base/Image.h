@@ -8,14 +8,15 @@ namespace ZkMobileBackup {
 class ZKMB_API Image {
 public:
     virtual ~Image();
+    Image(const Image&) = delete;
+    Image& operator=(const Image&) = delete;
+
     /// Width and height of the upright picture, in pixels.
     virtual int width() const = 0;
     virtual int height() const = 0;
 
 protected:
     Image() = default;
-    Image(const Image&) = delete;
-    Image& operator=(const Image&) = delete;
 };
 
 }  // namespace ZkMobileBackup

@@ -46,7 +46,7 @@ private:
 
 /// Bytes that `::read` puts at `target`; 0 at the end of the file, negative on failure.
 ssize_t readSome(int descriptor, std::uint8_t* target, std::size_t count) {
-    ssize_t got;
+    ssize_t got = -1;
     do {
         got = ::read(descriptor, target, count);
     } while (got < 0 && errno == EINTR);
@@ -114,7 +114,7 @@ public:
 private:
     int create() {
         static std::atomic<unsigned> counter{0};
-        int descriptor;
+        int descriptor = -1;
         do {
             path_ = joinedPath(folder_, fmt::format(".zkmb-{}-{}", ::getpid(), counter++));
             descriptor = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadableByAll);
@@ -220,7 +220,7 @@ std::string freeOutputPath(const std::string& path) {
     const std::string extension = name.substr(stem.size());
     for (std::size_t number = 0;; ++number) {
         const std::string mark = fmt::format("({})", number);
-        const std::string candidate = withoutEvery(stem, mark) + mark + extension;
+        const std::string candidate = fmt::format("{}{}{}", withoutEvery(stem, mark), mark, extension);
         std::string candidatePath = joinedPath(pathWithoutLastComponent(path), candidate);
         if (!entryExists(candidatePath)) return candidatePath;
     }

@@ -95,7 +95,7 @@ void requireManifest(const std::string& folder) {
 
 std::shared_ptr<ZkMobileBackupParser> scanBackup(const std::string& folder, Context& context,
                                                  const ScanListener& listener) {
-    const auto parser = ZkMobileBackupParser::initWithBackupSnapshot(openBackup(folder));
+    auto parser = ZkMobileBackupParser::initWithBackupSnapshot(openBackup(folder));
     ProgressBar bar(context, "Scanning");
     parser->parserSnapshotWithCallbackBlock(
         [&](std::int64_t state, const Domain& domain, std::atomic<bool>*, double progress) {

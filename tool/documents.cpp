@@ -1,7 +1,9 @@
 #include "tool/documents.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <fmt/format.h>
+#include <iterator>
 #include <string>
 
 #include "export/DlxExporter.h"
@@ -14,7 +16,8 @@ using ZkMobileBackup::DlxExportType;
 
 void addTypeOption(CLI::App& command, DlxExportType& type) {
     std::vector<std::string> names;
-    for (const auto& format : ZkMobileBackup::kExportFormats) names.push_back(format.extension);
+    std::ranges::transform(ZkMobileBackup::kExportFormats, std::back_inserter(names),
+                           [](const auto& format) { return std::string(format.extension); });
     const auto choose = [&type](const std::string& name) {
         for (const auto& format : ZkMobileBackup::kExportFormats) {
             if (name == format.extension) type = format.type;

@@ -1,5 +1,6 @@
 #include "recovery/engine/freelist.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 #include "recovery/TableKeys.h"
@@ -87,10 +88,9 @@ std::shared_ptr<RawTableObject> Freelist::tableOfPage(const ParserState& state, 
 
 std::shared_ptr<RawTableObject> Freelist::tableWithFieldCount(const ParserState& state, std::int64_t fieldCount) {
     if (fieldCount <= 0) return nullptr;
-    for (auto table = state.tables.rbegin(); table != state.tables.rend(); ++table) {
-        if ((*table)->filedCount() == fieldCount) return *table;
-    }
-    return nullptr;
+    const auto matches = [fieldCount](const auto& table) { return table->filedCount() == fieldCount; };
+    const auto last = std::find_if(state.tables.rbegin(), state.tables.rend(), matches);
+    return last != state.tables.rend() ? *last : nullptr;
 }
 
 }  // namespace ZkMobileBackup::engine
