@@ -90,7 +90,6 @@ void RowList::appendRepeatedly(Row row, const std::shared_ptr<RowStore>& owner, 
 
 void RowList::append(const RowList& other) {
     const std::size_t count = other.size();  // of a list appended to itself, too
-    rows_.reserve(size() + count);
     for (std::size_t i = 0; i < count; ++i) append(other[i], other.store_);
 }
 

@@ -80,6 +80,18 @@ TEST(ManifestCommand, JsonIsNullWhenItCannotBeRead) {
     EXPECT_EQ(result.output, "null\n");
 }
 
+TEST(ManifestCommand, JsonIsNullForAFolderThatIsNotThere) {
+    const TemporaryFolder folder;
+    const ToolResult result = runTool({"manifest", folder.path("missing"), "--json"});
+    EXPECT_THAT(result, FailsWithOneSentenceNaming(folder.path("missing")));
+    EXPECT_EQ(result.output, "null\n");
+}
+
+TEST(ManifestCommand, InterruptedRunFails) {
+    SmallBackup backup;
+    EXPECT_THAT(runInterruptedTool({"manifest", backup.path()}), FailsWithOneSentenceNaming("Interrupted"));
+}
+
 TEST(ManifestCommand, PeopleGetALineAFile) {
     SmallBackup backup;
     backup.add("Library/Notes/notes.sqlite", {});

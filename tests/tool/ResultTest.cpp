@@ -38,6 +38,7 @@ TEST_F(Result, NotesAreShaped) {
     EXPECT_FALSE(tables[0]["deletedRowList"].empty());
     EXPECT_TRUE(tables[0]["rowList"][0].contains("title"));
     EXPECT_FALSE(tables[0]["rowList"][0].contains("RowData_Identify_Key"));
+    EXPECT_FALSE(tables[0]["deletedRowList"][0].contains("RowData_Identify_Key"));
 }
 
 TEST_F(Result, CalendarYieldsEventsThenReminders) {
@@ -59,6 +60,18 @@ TEST_F(Result, VoicemailHasNoTables) {
     EXPECT_EQ(run("voicemail.db", sampleVoicemail()).json(), json({{"tables", json::array()}}));
 }
 
+TEST_F(Result, PhotosHaveNoTables) {
+    EXPECT_EQ(run("Photos.sqlite", sampleNotes()).json(), json({{"tables", json::array()}}));
+}
+
+TEST_F(Result, InterruptedRunPrintsNamedTablesWithoutRowsAndFails) {
+    writeBytes(folder_.path("notes.sqlite"), sampleNotes());
+    const ToolResult result = runInterruptedTool({"result", folder_.path("notes.sqlite"), "--json"});
+    EXPECT_THAT(result, FailsWithOneSentenceNaming("Interrupted"));
+    EXPECT_EQ(result.json()["tables"][0]["name"], "Notes");
+    EXPECT_TRUE(result.json()["tables"][0]["rowList"].empty());
+}
+
 TEST_F(Result, PeopleGetATable) {
     const ToolResult result = run("notes.sqlite", sampleNotes(), {});
     ASSERT_THAT(result, SucceedsSilently());
@@ -69,6 +82,7 @@ TEST_F(Result, PeopleGetATable) {
 TEST_F(Result, UnknownNameIsRefused) {
     EXPECT_THAT(run("other.db", sampleNotes()), FailsWithOneSentenceNaming(folder_.path("other.db")));
     EXPECT_THAT(run("Notes.sqlite", sampleNotes()), FailsWithOneSentenceNaming("'Notes'"));
+    EXPECT_THAT(run("notes.", sampleNotes()), FailsWithOneSentenceNaming("'notes.'"));
 }
 
 TEST_F(Result, ApplicationsThatAreNotShapedYetAreNamed) {

@@ -285,6 +285,10 @@ TEST(DomainExport, WritesBelowProductNameAndExportName) {
     const ExportEvents events = extract(*domain, folder.path());
     EXPECT_EQ(events.front(), (ExportEvent{0, 0, 0.0}));
     EXPECT_EQ(events.back(), (ExportEvent{1, 1, 1.0}));
+    std::vector<double> progress;
+    for (const ExportEvent& event : events) progress.push_back(event.progress);
+    // Skeleton, header row, the one row, the file, the end.
+    EXPECT_THAT(progress, testing::ElementsAre(0, 0.2, 0.2, testing::DoubleEq(0.8), 1, 1));
     for (std::size_t i = 1; i + 1 < events.size(); ++i) EXPECT_EQ(events[i].first + events[i].second, 0);
     EXPECT_THAT(textOf(readBytes(folder.path("Velmora Retrievo/Scripted.html"))), HasSubstr("wanted text"));
 }

@@ -216,6 +216,20 @@ TEST(RowList, MayBeAppendedToItself) {
     EXPECT_EQ(rows[3].cell(0), "b");
 }
 
+TEST(RowList, RepeatedRowStandsThereSoManyTimes) {
+    const auto store = std::make_shared<RowStore>();
+    RowList source(store);
+    source.append(Texts{"-1", "NULL"});
+    RowList sharing(store);
+    RowList apart;
+    sharing.appendRepeatedly(source[0], store, 3);
+    apart.appendRepeatedly(source[0], store, 3);
+    for (const RowList* rows : {&sharing, &apart}) {
+        ASSERT_EQ(rows->size(), 3U);
+        EXPECT_EQ((*rows)[2].texts(), (Texts{"-1", "NULL"}));
+    }
+}
+
 TEST(RowList, ClearedListKeepsNoRows) {
     RowList rows;
     rows.append(Texts{"a"});
