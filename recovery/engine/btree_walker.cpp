@@ -50,7 +50,6 @@ void BtreeWalker::walkInterior() {
         }
         if (state_.shouldStop()) return;
         const std::int64_t child = state_.pageStart(childNumber(page, page.nextChild++));
-        prefetchChild(page);
         state_.enterPage(child);
         if (!state_.isBeforeEnd(child)) continue;
         const std::uint8_t childType = state_.visitPage();
@@ -73,12 +72,6 @@ std::uint32_t BtreeWalker::childNumber(const InteriorPage& page, std::uint32_t c
     if (child == page.cellCount) return fields.big32(kRightmostChildField);
     const std::int64_t pointer = fields.big16(kInteriorPointers + kPointerSize * child);
     return fields.big32(isSchema() ? pointer - kFileHeaderSize : pointer);
-}
-
-/// Asks for the child that comes next; its number is read again when it is entered.
-void BtreeWalker::prefetchChild(const InteriorPage& page) const {
-    if (page.nextChild > page.cellCount) return;
-    state_.image().prefetch(state_.pageStart(childNumber(page, page.nextChild)), state_.header->pageSize());
 }
 
 void BtreeWalker::walkLeaf() {

@@ -54,13 +54,6 @@ public:
         return varintOfAtMost(position, available < kEnough ? available : kEnough);
     }
 
-    /// Asks for these bytes ahead of time. Nothing is read, so nothing is remembered across a splice.
-    void prefetch(std::int64_t position, std::int64_t length) const {
-        constexpr std::size_t kCacheLine = 64;
-        const std::span<const std::uint8_t> ahead = bytes(position, length);
-        for (std::size_t i = 0; i < ahead.size(); i += kCacheLine) __builtin_prefetch(&ahead[i]);
-    }
-
     /// Copies `length` bytes as they stand before the copy, source bytes outside the image being 0; what would land
     /// outside the image is dropped.
     void splice(std::int64_t destination, std::int64_t source, std::int64_t length);
