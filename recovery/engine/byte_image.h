@@ -71,8 +71,10 @@ private:
         return inside ? data_ + start : nullptr;
     }
     Varint varintOfAtMost(std::int64_t position, std::int64_t available) const {
-        if (available > 0) {
-            if (const std::uint8_t first = byte(position); first < 0x80) return {first, 1, 1};
+        // Nearly all numbers take one byte or two.
+        if (const std::uint8_t* at = available >= 2 ? readable(position, 2) : nullptr) {
+            if (at[0] < 0x80) return {at[0], 1, 1};
+            if (at[1] < 0x80) return {std::uint64_t{at[0] & 0x7FU} << 7U | at[1], 2, 2};
         }
         return longVarint(position, available);
     }

@@ -59,7 +59,7 @@ void Carver::scan(RawTableObject& table, const ColumnSignature& signature, std::
         const std::int64_t nextJump = page + std::min(liveCells_.nextFrom(distance), freeblocks_.nextFrom(distance));
         const std::int64_t bound = std::min(nextJump, scanEnd);
         if (match.accepted) cursor += appendMatch(table, signature, match, bound);
-        cursor = signature.nextPossibleMatch(state_.image(), cursor, bound, reader.dbEnd());
+        cursor = signature.nextMatch(state_.image(), cursor, bound, reader.dbEnd());
     } while (cursor < scanEnd);
     reader.setDbCurOffset(cursor);
 }

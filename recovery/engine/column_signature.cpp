@@ -55,42 +55,63 @@ void ColumnSignature::prepareQuickLook() {
             continue;
         }
         for (std::size_t i = 0; i < count; ++i) {
-            if (tests_[i].acceptsShort(static_cast<std::uint8_t>(byte))) possibleStarts_[byte] |= Starts{1} << i;
+            if (tests_[i].acceptsStored(byte)) possibleStarts_[byte] |= Starts{1} << i;
         }
     }
 }
 
 ColumnSignature::Match ColumnSignature::matchAt(const ByteImage& image, std::int64_t position,
                                                 std::int64_t dbEnd) const {
-    if (!hasColumnTypes_) return {};
+    return hasColumnTypes_ ? testsAt(image, position, dbEnd) : Match{};
+}
+
+/// Part of the loop over all free bytes.
+[[gnu::always_inline]] inline ColumnSignature::Match ColumnSignature::testsAt(const ByteImage& image,
+                                                                              std::int64_t position,
+                                                                              std::int64_t dbEnd) const {
     std::uint64_t length = 0;
     std::uint64_t anyType = 0;
-    std::size_t test = 0;
-    for (; test < tests_.size() && position < dbEnd; ++test) {
+    const ColumnTest* test = tests_.data();
+    const ColumnTest* const testsEnd = test + tests_.size();
+    for (; test != testsEnd && position < dbEnd; ++test) {
         const Varint stored = image.shortVarint(position, dbEnd);
-        const bool accepted = stored.value < kFirstLongSerialType
-                                  ? tests_[test].acceptsShort(static_cast<std::uint8_t>(stored.value))
-                                  : tests_[test].accepts(signed32(low32(stored.value)));
-        if (stored.tooLong() || !accepted) return {false, low16(length)};
+        if (!test->acceptsStored(stored.value) || stored.tooLong()) return {false, low16(length)};
         // The serial type's number stands in for the content's size: more than the record really takes.
         length += static_cast<std::uint64_t>(stored.consumed) + stored.value;
         position += stored.advance;
         anyType |= stored.value;
     }
-    return {true, low16(length), anyType == 0 && length == tests_.size() && test == tests_.size()};
+    return {true, low16(length), anyType == 0 && length == tests_.size() && test == testsEnd};
 }
 
-/// Goes over the bytes once and keeps every start that is still possible.
-std::int64_t ColumnSignature::nextPossibleMatch(const ByteImage& image, std::int64_t position, std::int64_t bound,
-                                                std::int64_t dbEnd) const {
+std::int64_t ColumnSignature::nextMatch(const ByteImage& image, std::int64_t position, std::int64_t bound,
+                                        std::int64_t dbEnd) const {
     if (!hasColumnTypes_) return std::max(position, bound);
     if (tests_.empty() || position >= bound) return position;
     // The tests of a start before the bound may go on behind it, but not past the image's end.
     constexpr auto kBehindBound = static_cast<std::int64_t>(kMostQuickTests);
     const std::span<const std::uint8_t> bytes = image.bytes(position, std::min(bound + kBehindBound, dbEnd) - position);
     const std::size_t end = std::min(bytes.size(), static_cast<std::size_t>(bound - position));
+    std::size_t start = quickLook(bytes, 0, end);
+    while (start < end && (firstTestFails(bytes.subspan(start)) ||
+                           !testsAt(image, position + static_cast<std::int64_t>(start), dbEnd).accepted)) {
+        start = quickLook(bytes, start + 1, end);
+    }
+    return position + static_cast<std::int64_t>(start);
+}
+
+/// Whether the bytes begin with a serial type of two bytes that is not the first column's: the quick look does not
+/// tell.
+[[gnu::always_inline]] inline bool ColumnSignature::firstTestFails(std::span<const std::uint8_t> bytes) const {
+    return bytes.size() >= 2 && bytes[0] >= 0x80 && bytes[1] < 0x80 &&
+           !tests_.front().acceptsStored(std::uint64_t{bytes[0] & 0x7FU} << 7U | bytes[1]);
+}
+
+/// The first start from `at` on and before `end` that a quick look does not turn down, `end` for none. Goes over the
+/// bytes once and keeps every start that is still possible.
+[[gnu::always_inline]] inline std::size_t ColumnSignature::quickLook(std::span<const std::uint8_t> bytes,
+                                                                     std::size_t at, std::size_t end) const {
     Starts starts = 0;
-    std::size_t at = 0;
     for (; at < end && (starts & decided_) == 0; ++at) {
         starts = (starts << 1U | 1U | kUndecided) & possibleStarts_[bytes[at]];
     }
@@ -98,7 +119,7 @@ std::int64_t ColumnSignature::nextPossibleMatch(const ByteImage& image, std::int
         starts = (starts << 1U | kUndecided) & possibleStarts_[bytes[at]];
     }
     const auto sinceEarliest = static_cast<std::size_t>(std::bit_width(starts & ~kUndecided));
-    return position + static_cast<std::int64_t>(starts == 0 ? end : at - sinceEarliest);
+    return starts == 0 ? end : at - sinceEarliest;
 }
 
 }  // namespace ZkMobileBackup::engine

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "recovery/engine/byte_image.h"
+#include "recovery/engine/numbers.h"
 #include "recovery/engine/serial_types.h"
 #include "recovery/model/TableObject.h"
 
@@ -30,9 +31,8 @@ public:
     };
     /// Tests the bytes at `position`; `dbEnd` is the position of the image's last byte.
     Match matchAt(const ByteImage& image, std::int64_t position, std::int64_t dbEnd) const;
-    /// The first position from `position` up to `bound` that a quick look does not turn down; `bound` for none.
-    std::int64_t nextPossibleMatch(const ByteImage& image, std::int64_t position, std::int64_t bound,
-                                   std::int64_t dbEnd) const;
+    /// The first position from `position` on and before `bound` that matches; for none the larger of the two.
+    std::int64_t nextMatch(const ByteImage& image, std::int64_t position, std::int64_t bound, std::int64_t dbEnd) const;
 
 private:
     /// What one column demands of a serial type.
@@ -40,10 +40,19 @@ private:
     public:
         explicit ColumnTest(const ColumnType& type);
         bool accepts(std::int32_t serialType) const;
-        /// The same for a serial type below kFirstLongSerialType.
-        bool acceptsShort(std::uint8_t serialType) const { return acceptsShort_[serialType]; }
+        /// The same for the stored number, of which only the low 32 bits count. Those from kFirstLongSerialType on are
+        /// all alike in one parity, but for a default that is one of them.
+        bool acceptsStored(std::uint64_t stored) const {
+            if (stored < kFirstLongSerialType) return acceptsShort_[stored];
+            const std::int32_t serialType = signed32(low32(stored));
+            if (serialType < kFirstLongSerialType || isNumber()) return accepts(serialType);
+            return acceptsShort_[serialType % 2 == 0 ? PayloadCell::kBlob : PayloadCell::kText];
+        }
 
     private:
+        /// Whether a default's number is compared with the serial type.
+        bool isNumber() const { return code_ == kColumnInteger || code_ == kColumnFloat; }
+
         std::int64_t code_;
         bool hasDefault_;
         std::int64_t defaultInteger_ = 0;
@@ -58,6 +67,9 @@ private:
     static constexpr Starts kUndecided = Starts{1} << 31U;
 
     void prepareQuickLook();
+    Match testsAt(const ByteImage& image, std::int64_t position, std::int64_t dbEnd) const;
+    bool firstTestFails(std::span<const std::uint8_t> bytes) const;
+    std::size_t quickLook(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t end) const;
 
     bool hasColumnTypes_;
     std::vector<ColumnTest> tests_;

@@ -1,5 +1,9 @@
 #include "recovery/engine/payload_decoder.h"
 
+#include <algorithm>
+#include <span>
+#include <vector>
+
 #include "recovery/engine/overflow_chain.h"
 #include "recovery/engine/serial_types.h"
 
@@ -11,6 +15,59 @@ constexpr std::uint64_t kSmallestHeader = 2;
 // The header of a freeblock stands where the record's first bytes were.
 constexpr std::uint64_t kFreeblockHeaderSize = 4;
 constexpr std::uint64_t kCarvedRowid = 1;
+
+/// The cells of a header, as they are read into a payload.
+class HeaderCells {
+public:
+    HeaderCells(PayloadObject& payload, std::int32_t contentStart, std::int32_t mostCells)
+        : payload_(payload),
+          cells_(payload.cellList()),
+          contentStart_(contentStart),
+          longest_(payload.length()),
+          mostCells_(mostCells),
+          count_(payload.cellCount()) {}
+
+    /// Number of cells that may still come; the first one may come in any case.
+    std::int64_t room() const { return std::int64_t{mostCells_} + 1 - count_; }
+    /// Whether no more cells are read: too many, too long, or one of no valid type.
+    bool ended() const { return invalid_ || static_cast<std::uint64_t>(body_) > longest_ || count_ > mostCells_; }
+
+    void append(CellShape shape) {
+        if (!shape.valid) {
+            cells_.emplace_back(shape.cellType, -1, 0);  // kept, so that rendering gives the row up
+            body_ = 0;
+            invalid_ = true;
+            return;
+        }
+        cells_.emplace_back(shape.cellType, wrappedSum32(contentStart_, body_), shape.size);
+        body_ = wrappedSum32(body_, shape.size);
+        ++count_;
+    }
+    /// Appends the cells of the serial types of one byte that `bytes` begins with; returns their number.
+    std::size_t appendSingles(std::span<const std::uint8_t> bytes) {
+        std::size_t at = 0;
+        while (at < bytes.size() && bytes[at] < kFirstLongSerialType) {
+            append(kShortCellShapes[bytes[at++]]);
+            if (ended()) break;
+        }
+        return at;
+    }
+    /// The length of all cells' content.
+    std::int32_t finish() {
+        payload_.setCellCount(count_);
+        return body_;
+    }
+
+private:
+    PayloadObject& payload_;
+    std::vector<PayloadCell>& cells_;
+    std::int32_t contentStart_;
+    std::uint64_t longest_;
+    std::int32_t mostCells_;
+    std::int32_t count_;
+    std::int32_t body_ = 0;
+    bool invalid_ = false;
+};
 
 }  // namespace
 
@@ -70,31 +127,22 @@ std::int32_t PayloadDecoder::decodeHeader(PayloadObject& payload, std::int64_t s
     if (!payload.base() || start >= end) return 0;
     const ByteImage& image = state_.image();
     const std::int64_t limit = state_.reader->dbEnd();
-    const std::uint64_t longest = payload.length();
-    const std::int32_t mostCells = state_.header->maxCellCount();
-    const std::int32_t contentStart = signed32(low32(static_cast<std::uint64_t>(end - *payload.base())));
-    std::vector<PayloadCell>& cells = payload.cellList();
-    std::int32_t cellCount = payload.cellCount();
-    std::int32_t body = 0;
+    HeaderCells cells(payload, signed32(low32(static_cast<std::uint64_t>(end - *payload.base()))),
+                      state_.header->maxCellCount());
     std::int64_t position = start;
     do {
+        // Nearly all serial types take one byte.
+        const auto bytes = image.bytes(position, std::min({end, limit, position + cells.room()}) - position);
+        const std::size_t singles = cells.appendSingles(bytes);
+        position += static_cast<std::int64_t>(singles);
+        if (singles > 0 && (cells.ended() || position >= end)) break;
+
         const Varint stored = image.shortVarint(position, limit);
         if (stored.tooLong()) break;
         position += stored.advance;
-
-        const CellShape shape = stored.value < kFirstLongSerialType ? kShortCellShapes[stored.value]
-                                                                    : cellShapeOf(signed32(low32(stored.value)));
-        if (!shape.valid) {
-            cells.emplace_back(shape.cellType, -1, 0);  // kept, so that rendering gives the row up
-            body = 0;
-            break;
-        }
-        cells.emplace_back(shape.cellType, wrappedSum32(contentStart, body), shape.size);
-        body = wrappedSum32(body, shape.size);
-        ++cellCount;
-    } while (static_cast<std::uint64_t>(body) <= longest && position < end && cellCount <= mostCells);
-    payload.setCellCount(cellCount);
-    return body;
+        cells.append(cellShapeOf(signed32(low32(stored.value))));
+    } while (!cells.ended() && position < end);
+    return cells.finish();
 }
 
 void PayloadDecoder::decodeOverflowList(PayloadObject& payload) {

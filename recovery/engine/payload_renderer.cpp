@@ -8,6 +8,7 @@
 #include "base/Text.h"
 #include "recovery/engine/overflow_chain.h"
 #include "recovery/engine/payload_decoder.h"
+#include "recovery/model/hex_digits.h"
 
 namespace ZkMobileBackup::engine {
 
@@ -32,10 +33,9 @@ std::string_view readableText(std::span<const std::uint8_t> bytes) {
 }  // namespace
 
 /// Part of the loop over all cells of all records.
-[[gnu::always_inline]] inline void PayloadRenderer::appendCell(Rendering rendering, std::int64_t content,
+[[gnu::always_inline]] inline void PayloadRenderer::appendCell(RowStore& row, const ByteImage& image,
+                                                               Rendering rendering, std::int64_t content,
                                                                std::int32_t size) {
-    RowStore& row = *state_.rows;
-    const ByteImage& image = state_.image();
     const auto signedByte = [&image](std::int64_t at) { return static_cast<std::int8_t>(image.byte(at)); };
     switch (rendering) {
         case Rendering::kInvalid:
@@ -47,9 +47,9 @@ std::string_view readableText(std::span<const std::uint8_t> bytes) {
         case Rendering::kOne:
             return row.appendCell(RowStore::FrequentText::kOne);
         case Rendering::kSigned8:
-            return row.appendInteger(signedByte(content));
+            return row.appendInteger(std::int32_t{signedByte(content)});
         case Rendering::kUnsigned16:
-            return row.appendInteger(image.big16(content));
+            return row.appendInteger(std::int32_t{image.big16(content)});
         case Rendering::kFolded24:
             return row.appendInteger(image.big16(content) * 16 + signedByte(content + 2));
         case Rendering::kSigned32:
@@ -63,7 +63,8 @@ std::string_view readableText(std::span<const std::uint8_t> bytes) {
         case Rendering::kBlob:
             return appendBlob(content, size);
         case Rendering::kText:
-            return appendText(content, size);
+            if (size > kTextChunk || !row.appendPlainCell(image.bytes(content, size))) appendText(content, size);
+            return;
     }
 }
 
@@ -77,6 +78,7 @@ std::optional<Row> PayloadRenderer::render(PayloadObject& payload, std::int64_t 
     } else if (keyIsRowid) {
         row.appendInteger(static_cast<std::int64_t>(payload.rowid()));
     }
+    const ByteImage& image = state_.image();
     const std::span<const PayloadCell> cells = payload.cellList();
     const std::int64_t base = *payload.mappedData();
     const std::int64_t dbEnd = state_.reader->dbEnd();
@@ -88,7 +90,7 @@ std::optional<Row> PayloadRenderer::render(PayloadObject& payload, std::int64_t 
         } else if (rendering == Rendering::kInvalid) {
             return std::nullopt;
         } else {
-            appendCell(rendering, content, cell.size());
+            appendCell(row, image, rendering, content, cell.size());
         }
     }
     return row.finishRow();
@@ -108,10 +110,9 @@ void PayloadRenderer::mapContent(PayloadObject& payload) {
 void PayloadRenderer::appendText(std::int64_t content, std::int64_t length) {
     if (length > kTextChunk) {
         state_.rows->appendCell(text(state_.image(), content, length, state_.reader->dbEnd()));
-        return;
+    } else {
+        state_.rows->appendCell(readableText(state_.image().bytes(content, length)));
     }
-    const std::span<const std::uint8_t> bytes = state_.image().bytes(content, length);
-    if (!state_.rows->appendPlainCell(bytes)) state_.rows->appendCell(readableText(bytes));
 }
 
 void PayloadRenderer::appendBlob(std::int64_t content, std::int64_t length) {
@@ -121,7 +122,7 @@ void PayloadRenderer::appendBlob(std::int64_t content, std::int64_t length) {
             writeBlobFile(state_.image(), content, length, header.blobCount());
         } else {
             // Blobs are shown with their length cut to 16 bits: one of 65536 bytes is the empty text.
-            state_.rows->appendCell(hexDigits(state_.image(), content, low16(length)));
+            state_.rows->appendHexDigits(state_.image().bytes(content, low16(length)));
         }
     }
     header.setBlobCount(wrappedSum32(header.blobCount(), 1));
@@ -144,13 +145,9 @@ std::string PayloadRenderer::text(const ByteImage& image, std::int64_t content, 
 }
 
 std::string PayloadRenderer::hexDigits(const ByteImage& image, std::int64_t content, std::uint16_t length) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string digits;
-    digits.reserve(std::size_t{length} * 2);
-    for (const std::uint8_t byte : image.bytes(content, length)) {
-        digits += kDigits[byte >> 4U];
-        digits += kDigits[byte & 0xFU];
-    }
+    const std::span<const std::uint8_t> blob = image.bytes(content, length);
+    std::string digits(2 * blob.size(), '0');
+    writeHexDigits(blob, digits.data());
     return digits;
 }
 

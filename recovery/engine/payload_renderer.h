@@ -29,7 +29,8 @@ public:
 
 private:
     void mapContent(PayloadObject& payload);
-    void appendCell(Rendering rendering, std::int64_t content, std::int32_t size);
+    void appendCell(RowStore& row, const ByteImage& image, Rendering rendering, std::int64_t content,
+                    std::int32_t size);
     void appendText(std::int64_t content, std::int64_t length);
     void appendBlob(std::int64_t content, std::int64_t length);
 

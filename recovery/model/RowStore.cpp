@@ -4,6 +4,10 @@
 #include <array>
 #include <charconv>
 #include <cstring>
+#include <system_error>
+#include <utility>
+
+#include "recovery/model/hex_digits.h"
 
 namespace ZkMobileBackup {
 
@@ -14,7 +18,12 @@ constexpr std::array<std::string_view, 4> kFrequentTexts = {"NULL", "0", "1", "-
 constexpr std::size_t kLongestFrequentText = 4;
 
 constexpr std::size_t kFirstBlockSize = std::size_t{4} << 10U;
-constexpr std::size_t kLargestBlockSize = std::size_t{1} << 20U;
+constexpr std::size_t kLargestBlockSize = std::size_t{4} << 20U;
+constexpr std::size_t kPageSize = std::size_t{4} << 10U;
+
+std::unique_ptr<std::uint8_t[]> newBlock(std::size_t size) {
+    return std::make_unique_for_overwrite<std::uint8_t[]>(size);
+}
 
 template <typename Number>
 Number numberAt(const std::uint8_t* position) {
@@ -75,30 +84,36 @@ void RowStore::appendCell(std::string_view text) {
         appendCell(static_cast<FrequentText>(frequent));
         return;
     }
-    constexpr std::size_t kLongestLead = 1 + sizeof(std::uint64_t);
-    growBy(kLongestLead + text.size());
-    if (text.size() <= kLongestShortText) {
-        *end_++ = static_cast<std::uint8_t>(text.size());
-    } else {
-        appendLength(text.size());
-    }
-    if (!text.empty()) std::memcpy(end_, text.data(), text.size());
-    end_ += text.size();
-    ++cellCount_;
+    std::uint8_t* const target = beginCell(text.size());
+    if (!text.empty()) std::memcpy(target, text.data(), text.size());
 }
 
-/// Of a text that is no short one.
-void RowStore::appendLength(std::size_t length) {
-    if (length <= 0xFFFF) {
+std::uint8_t* RowStore::beginCell(std::size_t length) {
+    constexpr std::size_t kLongestLead = 1 + sizeof(std::uint64_t);
+    growBy(kLongestLead + length);
+    if (length <= kLongestShortText) {
+        *end_++ = static_cast<std::uint8_t>(length);
+    } else if (length <= 0xFFFF) {
         *end_++ = kLength16Mark;
         end_ = writeNumber(end_, static_cast<std::uint16_t>(length));
     } else {
         *end_++ = kLength64Mark;
         end_ = writeNumber(end_, std::uint64_t{length});
     }
+    ++cellCount_;
+    return std::exchange(end_, end_ + length);
+}
+
+void RowStore::appendInteger(std::int32_t number) {
+    appendDigits(number);
 }
 
 void RowStore::appendInteger(std::int64_t number) {
+    appendDigits(number);
+}
+
+template <typename Integer>
+void RowStore::appendDigits(Integer number) {
     if (number >= -1 && number <= 1) {
         appendCell(number == 0 ? FrequentText::kZero : number == 1 ? FrequentText::kOne : FrequentText::kMinusOne);
         return;
@@ -110,6 +125,10 @@ void RowStore::appendInteger(std::int64_t number) {
     *end_ = static_cast<std::uint8_t>(digitsEnd - digits);
     end_ += 1 + *end_;
     ++cellCount_;
+}
+
+void RowStore::appendHexDigits(std::span<const std::uint8_t> bytes) {
+    writeHexDigits(bytes, beginCell(2 * bytes.size()));
 }
 
 Row RowStore::finishRow() {
@@ -136,12 +155,31 @@ void RowStore::moveToNewBlock(std::size_t size) {
     const auto written = static_cast<std::size_t>(end_ - row_);
     const std::size_t blockSize = std::max(nextBlockSize_, 2 * (written + size));
     nextBlockSize_ = std::min(kLargestBlockSize, nextBlockSize_ * 2);
-    blocks_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(blockSize));
+    blocks_.push_back(blockOf(blockSize));
     std::uint8_t* const block = blocks_.back().get();
     std::copy(row_, end_, block);
     row_ = block;
     end_ = block + written;
     blockEnd_ = block + blockSize;
+}
+
+/// The block that was prepared while the last one was being filled, where there is one of that size.
+RowStore::Block RowStore::blockOf(std::size_t size) {
+    Block block = size == kLargestBlockSize && prepared_.valid() ? prepared_.get() : newBlock(size);
+    if (nextBlockSize_ == kLargestBlockSize) prepareBlock();
+    return block;
+}
+
+void RowStore::prepareBlock() {
+    try {
+        prepared_ = std::async(std::launch::async, [] {
+            Block block = newBlock(kLargestBlockSize);
+            for (std::size_t page = 0; page < kLargestBlockSize; page += kPageSize) block[page] = 0;
+            return block;
+        });
+    } catch (const std::system_error&) {
+        // Without a thread the pages come as they are written.
+    }
 }
 
 }  // namespace ZkMobileBackup

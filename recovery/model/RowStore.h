@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <deque>
+#include <future>
 #include <memory>
 #include <span>
 #include <string_view>
@@ -46,7 +47,10 @@ public:
         *end_++ = static_cast<std::uint8_t>(kFirstFrequentText + static_cast<std::uint8_t>(text));
         ++cellCount_;
     }
+    void appendInteger(std::int32_t number);
     void appendInteger(std::int64_t number);
+    /// Appends the upper-case hexadecimal digits of the bytes.
+    void appendHexDigits(std::span<const std::uint8_t> bytes);
     Row finishRow();
 
     Row addDictionary(Dictionary dictionary);
@@ -57,6 +61,8 @@ private:
     static constexpr std::uint8_t kLength16Mark = 250;
     static constexpr std::uint8_t kLength64Mark = 251;
     static constexpr std::uint8_t kFirstFrequentText = 252;
+    using Block = std::unique_ptr<std::uint8_t[]>;
+
     // A row leads with the number of its cells.
     using CellCount = std::uint32_t;
 
@@ -95,7 +101,12 @@ private:
         if (static_cast<std::size_t>(blockEnd_ - end_) < size) moveToNewBlock(size);
     }
     void moveToNewBlock(std::size_t size);
-    void appendLength(std::size_t length);
+    Block blockOf(std::size_t size);
+    void prepareBlock();
+    /// Where the text of the next cell goes, which is `length` bytes long.
+    std::uint8_t* beginCell(std::size_t length);
+    template <typename Integer>
+    void appendDigits(Integer number);
 
     // The row that is being written, in the free part of the last block.
     std::uint8_t* row_ = nullptr;
@@ -106,7 +117,9 @@ private:
     const std::uint8_t* lastRow_ = nullptr;
     std::size_t lastRowSize_ = 0;
 
-    std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;
+    std::vector<Block> blocks_;
+    // Fetching fresh pages from the system takes as long as filling them: another thread does it ahead.
+    std::future<Block> prepared_;
     std::size_t nextBlockSize_;
     std::deque<Dictionary> dictionaries_;
 };

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <random>
 
 #include "tests/recovery/engine/HandMadeDatabase.h"
 #include "tests/recovery/engine/PlainReading.h"
@@ -136,6 +137,17 @@ TEST(SignatureMatch, CutsTheTypeTo32BitsWithItsSign) {
     EXPECT_TRUE(matchOf(false, {{kColumnText, ""}}, negativeOdd).accepted);
     EXPECT_TRUE(matchOf(false, {{kColumnInteger, "-2147483643"}}, negativeOdd).accepted);
     EXPECT_FALSE(matchOf(false, {{kColumnInteger, "2147483653"}}, negativeOdd).accepted);
+}
+
+TEST(SignatureMatch, JudgesALongNumberByItsLow32BitsAlone) {
+    const auto longForm = [](std::uint8_t type) { return Bytes{0x81, 0x80, 0x80, type, 0, 0}; };
+    EXPECT_TRUE(matchOf(false, {kInteger}, longForm(5)).accepted);
+    EXPECT_FALSE(matchOf(false, {kText}, longForm(5)).accepted);
+    EXPECT_FALSE(matchOf(false, {kBlob}, longForm(10)).accepted);
+    EXPECT_TRUE(matchOf(false, {kBlob}, longForm(12)).accepted);
+    EXPECT_TRUE(matchOf(false, {{kColumnInteger, "300"}}, {0x82, 0x2C, 0, 0}).accepted);
+    EXPECT_FALSE(matchOf(false, {{kColumnInteger, "301"}}, {0x82, 0x2C, 0, 0}).accepted);
+    EXPECT_TRUE(matchOf(false, {{kColumnFloat, "300"}}, {0x82, 0x2C, 0, 0}).accepted);
 }
 
 TEST(SignatureMatch, AddsTheSerialTypesThemselvesToTheirBytes) {
@@ -323,6 +335,32 @@ TEST(PageScan, FindsPartsOfLiveRowsWhereTheJumpEnds) {
     EXPECT_THAT(rows, ::testing::Each(::testing::ElementsAre("-1", ::testing::_, ::testing::_)));
     const auto expected = testing::readPlainly(database.image);
     EXPECT_EQ(rows, expected[1].deleted);
+}
+
+/// Free space made of the bytes at which the tests of a column turn.
+HandMadeDatabase databaseOfCriticalBytes(const std::string& sql, unsigned seed) {
+    constexpr std::uint8_t kBytes[] = {0, 0, 0, 1, 5, 10, 12, 13, 0x0E, 0x80, 0x81, 0x82, 0x2C, 0x8D, 0xFF};
+    HandMadeDatabase database = databaseOf(sql);
+    std::minstd_rand random(seed);
+    for (std::size_t i = kPageSize + 8; i < 2 * kPageSize; ++i)
+        database.image[i] = kBytes[random() % std::size(kBytes)];
+    return database;
+}
+
+TEST(PageScan, OfAnyBytesFindsWhatAPlainReadingFinds) {
+    std::size_t found = 0;
+    for (const char* columns :
+         {"a TEXT, b TEXT, c BLOB", "a BLOB, b INTEGER, c TEXT, d TEXT",
+          "a TEXT, b INTEGER DEFAULT 300, c TEXT DEFAULT x, d BLOB", "a INTEGER DEFAULT 0, b TIMESTAMP, c TEXT"}) {
+        for (unsigned seed = 1; seed <= 25; ++seed) {
+            const auto database =
+                databaseOfCriticalBytes("CREATE TABLE t (id INTEGER PRIMARY KEY, " + std::string(columns) + ")", seed);
+            const auto tables = testing::tablesOf(*database.parsed());
+            EXPECT_EQ(tables, testing::readPlainly(database.image)) << columns << ", seed " << seed;
+            found += tables.back().deleted.size();
+        }
+    }
+    EXPECT_GT(found, 1000U);
 }
 
 TEST(PageScan, KeepsWhatItFindsTwice) {

@@ -122,6 +122,46 @@ TEST(RowStore, IntegersAreWrittenInDecimal) {
                 ElementsAre("0", "1", "-1", "2", "-2", "65535", "-9223372036854775808", "9223372036854775807"));
 }
 
+TEST(RowStore, NarrowIntegersAreWrittenInDecimal) {
+    RowStore store;
+    store.beginRow();
+    for (const std::int32_t number :
+         {0, 1, -1, 99, -100, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()}) {
+        store.appendInteger(number);
+    }
+    EXPECT_THAT(store.finishRow().texts(), ElementsAre("0", "1", "-1", "99", "-100", "-2147483648", "2147483647"));
+}
+
+TEST(RowStore, BytesAreWrittenAsUpperCaseDigitsOfAnyNumber) {
+    RowStore store;
+    store.beginRow();
+    store.appendHexDigits({});
+    store.appendHexDigits(std::vector<std::uint8_t>{0x00, 0x1A, 0xFF});
+    store.appendHexDigits(std::vector<std::uint8_t>(125, 0xB7));
+    store.appendHexDigits(std::vector<std::uint8_t>(40'000, 0xC0));
+    const std::vector<std::string> texts = store.finishRow().texts();
+    ASSERT_EQ(texts.size(), 4U);
+    EXPECT_EQ(texts[0], "");
+    EXPECT_EQ(texts[1], "001AFF");
+    for (const auto& [text, digits, bytes] : {std::tuple(texts[2], "B7", 125U), std::tuple(texts[3], "C0", 40'000U)}) {
+        ASSERT_EQ(text.size(), 2 * bytes);
+        for (std::size_t i = 0; i < text.size(); i += 2) ASSERT_EQ(text.substr(i, 2), digits);
+    }
+}
+
+TEST(RowStore, RowsOfManyBlocksKeepTheirTexts) {
+    constexpr std::size_t kRows = 30'000;
+    const auto textOf = [](std::size_t row) { return std::to_string(row) + std::string(700, 'x'); };
+    RowStore store;
+    std::vector<Row> rows;
+    for (std::size_t i = 0; i < kRows; ++i) {
+        store.beginRow();
+        store.appendCell(textOf(i));
+        rows.push_back(store.finishRow());
+    }
+    for (std::size_t i = 0; i < kRows; ++i) ASSERT_EQ(rows[i].cell(0), textOf(i));
+}
+
 TEST(RowStore, RowThatIsBegunAgainForgetsItsCells) {
     RowStore store;
     store.beginRow();
