@@ -1,5 +1,5 @@
-#include <algorithm>
-#include <unordered_map>
+#include <bit>
+#include <functional>
 
 #include "base/Value.h"
 
@@ -11,10 +11,16 @@ namespace {
 constexpr std::size_t kLinearSearchLimit = 24;
 constexpr std::size_t kNotFound = static_cast<std::size_t>(-1);
 
-struct TextHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+/// An entry of a hash table that leads to a key. It is kept this small because large dictionaries are as fast as the
+/// cache lets their table be.
+struct Slot {
+    std::uint32_t hash = 0;
+    std::uint32_t number = 0;  ///< the key's position + 1; 0 for a free slot
 };
+
+std::uint32_t hashOf(std::string_view key) {
+    return static_cast<std::uint32_t>(std::hash<std::string_view>{}(key));
+}
 
 }  // namespace
 
@@ -23,40 +29,59 @@ public:
     std::size_t size() const { return names_.size(); }
     const std::string& at(std::size_t position) const { return names_[position]; }
 
-    std::size_t find(std::string_view key) const {
-        if (names_.size() > kLinearSearchLimit) {
-            const auto found = index_.find(key);
-            return found != index_.end() ? found->second : kNotFound;
+    std::size_t find(std::string_view key) const { return slots_.empty() ? foundByLooking(key) : foundByHash(key); }
+
+    void append(std::string_view key) {
+        names_.emplace_back(key);
+        if (names_.size() <= kLinearSearchLimit) return;
+        if (names_.size() > slots_.size() / 2) {
+            rebuildSlots();
+        } else {
+            fillSlot(names_.size() - 1);
         }
+    }
+
+    void erase(std::size_t position) {
+        names_.erase(names_.begin() + static_cast<std::ptrdiff_t>(position));
+        rebuildSlots();
+    }
+
+private:
+    std::size_t foundByLooking(std::string_view key) const {
         for (std::size_t i = 0; i < names_.size(); ++i) {
             if (names_[i] == key) return i;
         }
         return kNotFound;
     }
 
-    void append(std::string_view key) {
-        names_.emplace_back(key);
-        if (names_.size() == kLinearSearchLimit + 1) {
-            rebuildIndex();
-        } else if (names_.size() > kLinearSearchLimit) {
-            index_.emplace(key, names_.size() - 1);
+    std::size_t foundByHash(std::string_view key) const {
+        const std::uint32_t hash = hashOf(key);
+        for (std::size_t i = firstSlot(hash); slots_[i].number != 0; i = slotAfter(i)) {
+            if (slots_[i].hash == hash && names_[slots_[i].number - 1] == key) return slots_[i].number - 1;
         }
+        return kNotFound;
     }
 
-    void erase(std::size_t position) {
-        names_.erase(names_.begin() + static_cast<std::ptrdiff_t>(position));
-        rebuildIndex();
-    }
-
-private:
-    void rebuildIndex() {
-        index_.clear();
+    /// No slots for few keys; else so many that half of them stay free.
+    void rebuildSlots() {
+        slots_.clear();
         if (names_.size() <= kLinearSearchLimit) return;
-        for (std::size_t i = 0; i < names_.size(); ++i) index_.emplace(names_[i], i);
+        slots_.resize(std::bit_ceil(names_.size()) * 2);
+        for (std::size_t i = 0; i < names_.size(); ++i) fillSlot(i);
     }
+
+    void fillSlot(std::size_t position) {
+        const std::uint32_t hash = hashOf(names_[position]);
+        std::size_t slot = firstSlot(hash);
+        while (slots_[slot].number != 0) slot = slotAfter(slot);
+        slots_[slot] = {hash, static_cast<std::uint32_t>(position + 1)};
+    }
+
+    std::size_t firstSlot(std::uint32_t hash) const { return hash & (slots_.size() - 1); }
+    std::size_t slotAfter(std::size_t slot) const { return (slot + 1) & (slots_.size() - 1); }
 
     std::vector<std::string> names_;
-    std::unordered_map<std::string, std::size_t, TextHash, std::equal_to<>> index_;
+    std::vector<Slot> slots_;  // a power of two of them, at least half of them free; none for few keys
 };
 
 struct Dictionary::Content {

@@ -42,6 +42,7 @@ UChar32 nextCharacter(std::string_view text, std::size_t& position) {
 #pragma GCC diagnostic pop
 
 std::string_view withoutLeadingBlanks(std::string_view text) {
+    if (!text.empty() && text.front() > ' ') return text;  // most texts: every blank sorts up to the space
     const std::size_t start = text.find_first_not_of(kBlanks);
     return start == std::string_view::npos ? std::string_view() : text.substr(start);
 }

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <fmt/format.h>
-#include <mutex>
 #include <optional>
 
 #include "base/Text.h"
@@ -24,17 +23,9 @@ constexpr double kLargestInstant = 6.0e16;
 /// What an unset TZ stands for.
 constexpr const char* kSystemZone = ":/etc/localtime";
 
-/// Makes localtime_r follow the zone setting, which it reads only once by itself. tzset alone would do, but may look at
-/// the file system at every call.
-void followZoneSetting() {
-    static std::mutex mutex;
-    static std::optional<std::string> followed;  // guarded by mutex
+std::string_view zoneSetting() {
     const char* setting = std::getenv("TZ");
-    const std::string_view zone = setting != nullptr ? setting : kSystemZone;
-    const std::lock_guard lock(mutex);
-    if (followed == zone) return;
-    tzset();
-    followed = zone;
+    return setting != nullptr ? setting : kSystemZone;
 }
 
 bool canBeShown(double instant) {
@@ -46,7 +37,6 @@ std::time_t wholeSeconds(double instant) {
 }
 
 std::tm localTime(std::time_t instant) {
-    followZoneSetting();
     std::tm fields{};
     localtime_r(&instant, &fields);
     return fields;
@@ -58,17 +48,91 @@ std::string yearText(const std::tm& fields) {
     return fmt::format("{}{:04}", year < 0 ? "-" : "", std::abs(year));
 }
 
-double presentOffsetFromGmt() {
-    return static_cast<double>(localTime(std::time(nullptr)).tm_gmtoff);
+std::string minuteText(const std::tm& fields) {
+    return fmt::format("{}-{:02}-{:02} {:02}:{:02}", yearText(fields), fields.tm_mon + 1, fields.tm_mday,
+                       fields.tm_hour, fields.tm_min);
+}
+
+/// A day of the computer's zone. Dates that follow each other fall on few days, and within a day the text of a date is
+/// a matter of counting minutes: many times faster than asking the C library each time.
+class LocalDay {
+public:
+    explicit LocalDay(std::time_t instant) : zone_(zoneSetting()) {
+        tzset();  // localtime_r reads the zone setting only once by itself
+        const std::tm fields = localTime(instant);
+        start_ = instant - secondOfDay(fields);
+        text_ = minuteText(fields);
+        offsetFromGmt_ = fields.tm_gmtoff;
+        countable_ = isShownAs(start_, fields, 0) && isShownAs(start_ + kDay - 1, fields, kDay - 1);
+    }
+
+    /// The day of `instant`: `last`, which is made anew where it does not hold the instant.
+    static const LocalDay& of(std::time_t instant, std::optional<LocalDay>& last) {
+        if (!last || !last->holds(instant)) last.emplace(instant);
+        return *last;
+    }
+
+    // For the instant that the day was asked for.
+
+    std::time_t offsetFromGmt() const { return offsetFromGmt_; }
+
+    std::string textOf(std::time_t instant) const {
+        std::string text = text_;
+        if (!countable_) return text;
+        const auto minutes = (instant - start_) / kMinute;
+        writeTwoDigits(&text[text.size() - kHourFromEnd], minutes / 60);
+        writeTwoDigits(&text[text.size() - kMinuteFromEnd], minutes % 60);
+        return text;
+    }
+
+private:
+    static constexpr std::time_t kMinute = 60;
+    static constexpr std::time_t kHour = 60 * kMinute;
+    static constexpr std::time_t kDay = 24 * kHour;
+    // Places in a text that ends in "HH:mm".
+    static constexpr std::size_t kHourFromEnd = 5;
+    static constexpr std::size_t kMinuteFromEnd = 2;
+
+    bool holds(std::time_t instant) const {
+        return countable_ && instant >= start_ && instant < start_ + kDay && zone_ == zoneSetting();
+    }
+
+    static std::time_t secondOfDay(const std::tm& fields) {
+        return fields.tm_hour * kHour + fields.tm_min * kMinute + fields.tm_sec;
+    }
+
+    static void writeTwoDigits(char* place, std::time_t number) {
+        place[0] = static_cast<char>('0' + number / 10);
+        place[1] = static_cast<char>('0' + number % 10);
+    }
+
+    static bool isShownAs(std::time_t instant, const std::tm& day, std::time_t second) {
+        const std::tm fields = localTime(instant);
+        return fields.tm_year == day.tm_year && fields.tm_yday == day.tm_yday && secondOfDay(fields) == second;
+    }
+
+    std::string zone_;
+    // Of the instant that it was made for.
+    std::string text_;
+    std::time_t offsetFromGmt_ = 0;
+    std::time_t start_ = 0;
+    // Whether minutes can be counted from the start: not where clocks are changed that day, which is then made anew for
+    // every instant.
+    bool countable_ = false;
+};
+
+std::time_t presentOffsetFromGmt() {
+    thread_local std::optional<LocalDay> today;
+    return LocalDay::of(std::time(nullptr), today).offsetFromGmt();
 }
 
 }  // namespace
 
 std::string Converter::formatedStringFromDate(Date date) {
     if (!canBeShown(date.secondsSince1970)) return {};
-    const std::tm local = localTime(wholeSeconds(date.secondsSince1970));
-    return fmt::format("{}-{:02}-{:02} {:02}:{:02}", yearText(local), local.tm_mon + 1, local.tm_mday, local.tm_hour,
-                       local.tm_min);
+    thread_local std::optional<LocalDay> lastDay;
+    const std::time_t instant = wholeSeconds(date.secondsSince1970);
+    return LocalDay::of(instant, lastDay).textOf(instant);
 }
 
 Date Converter::dateWithSqliteTimeStamp(double seconds) {
@@ -78,7 +142,7 @@ Date Converter::dateWithSqliteTimeStamp(double seconds) {
 std::string Converter::getTimeToShowWithTimestamp(std::string_view seconds) {
     const double instant = kReferenceDate + floatValue(seconds);
     if (!canBeShown(instant)) return {};
-    const std::time_t shown = wholeSeconds(instant + presentOffsetFromGmt());
+    const std::time_t shown = wholeSeconds(instant + static_cast<double>(presentOffsetFromGmt()));
     std::tm fields{};
     gmtime_r(&shown, &fields);
     return fmt::format("{}.{:02}.{:02} {:02}:{:02}:{:02}", yearText(fields), fields.tm_mon + 1, fields.tm_mday,

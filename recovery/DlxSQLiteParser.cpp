@@ -9,6 +9,7 @@
 #include "recovery/engine/parser_state.h"
 #include "recovery/engine/schema.h"
 #include "recovery/engine/serial_types.h"
+#include "recovery/shaping/call_texts.h"
 #include "recovery/shaping/result_table.h"
 
 namespace ZkMobileBackup {
@@ -115,27 +116,51 @@ void DlxSQLiteParser::parserComplete(bool complete) {
 
 // ---- Result tables ----
 
-std::shared_ptr<CustomTableObject> DlxSQLiteParser::shaped(Shaping shaping) {
-    return shaping({.tables = state_->tables,
-                    .stop = state_->stop,
-                    .dbIndex = state_->dbIndex,
-                    .report = [this](const Dictionary& progress) { parserProcess(progress); }});
+shaping::Source DlxSQLiteParser::shapingSource() {
+    return {.tables = state_->tables,
+            .stop = state_->stop,
+            .tableCount = state_->tableCount,
+            .dbIndex = state_->dbIndex,
+            .report = [this](const Dictionary& progress) { parserProcess(progress); }};
 }
 
 std::shared_ptr<CustomTableObject> DlxSQLiteParser::customTableForReminderDB() {
-    return shaped(shaping::shapeReminders);
+    return shaping::shapeReminders(shapingSource());
 }
 
 std::shared_ptr<CustomTableObject> DlxSQLiteParser::customTableForCalendarDB() {
-    return shaped(shaping::shapeCalendar);
+    return shaping::shapeCalendar(shapingSource());
 }
 
 std::shared_ptr<CustomTableObject> DlxSQLiteParser::customTableForBookmarksDB() {
-    return shaped(shaping::shapeBookmarks);
+    return shaping::shapeBookmarks(shapingSource());
 }
 
 std::shared_ptr<CustomTableObject> DlxSQLiteParser::customTableForNotesDB() {
-    return shaped(shaping::shapeNotes);
+    return shaping::shapeNotes(shapingSource());
+}
+
+std::shared_ptr<CustomTableObject> DlxSQLiteParser::customTableForAddressBookDB(
+    std::optional<Dictionary>* contactsMap) {
+    std::optional<Dictionary> unwanted;
+    return shaping::shapeContacts(shapingSource(), contactsMap != nullptr ? *contactsMap : unwanted);
+}
+
+std::shared_ptr<CustomTableObject> DlxSQLiteParser::customTableForSMSDB(const Dictionary* contactsMap) {
+    return shaping::shapeMessages(shapingSource(), contactsMap);
+}
+
+std::shared_ptr<CustomTableObject> DlxSQLiteParser::customTableForCallHistoryDB(const Dictionary* contactsMap) {
+    return shaping::shapeCallHistory(shapingSource(), contactsMap);
+}
+
+std::string DlxSQLiteParser::callTypeFormatFromTypeFlag(std::int64_t flags, std::int64_t duration) {
+    return shaping::callType(flags, duration);
+}
+
+std::string DlxSQLiteParser::durationTextFormatFromDuration(std::int64_t duration,
+                                                            const std::optional<std::string>& type) {
+    return shaping::callDuration(duration, type);
 }
 
 std::int64_t DlxSQLiteParser::indexInFiledList(const std::vector<std::string>& filedList, std::string_view filedName) {

@@ -92,6 +92,23 @@ public:
     std::shared_ptr<CustomTableObject> customTableForCalendarDB();
     std::shared_ptr<CustomTableObject> customTableForBookmarksDB();
     std::shared_ptr<CustomTableObject> customTableForNotesDB();
+    // customTableForAddressBookDB:
+    /// `contactsMap`, which may be null, receives the contacts map: from a phone number or an address to the name of
+    /// its person. What it held before is dropped; it stays as it is when a raw table that it needs is missing.
+    std::shared_ptr<CustomTableObject> customTableForAddressBookDB(std::optional<Dictionary>* contactsMap);
+    // customTableForSMSDB:
+    /// One row a conversation. Names come from the contacts map, null for none.
+    std::shared_ptr<CustomTableObject> customTableForSMSDB(const Dictionary* contactsMap);
+    // customTableForCallHistoryDB:
+    /// Names come from the contacts map, null for none.
+    std::shared_ptr<CustomTableObject> customTableForCallHistoryDB(const Dictionary* contactsMap);
+    // callTypeFormatFromTypeFlag:duration:
+    /// "Incoming", "Outgoing" or "Failed". The duration is in seconds.
+    static std::string callTypeFormatFromTypeFlag(std::int64_t flags, std::int64_t duration);
+    // durationTextFormatFromDuration:andType:
+    /// A duration in seconds in its largest whole unit, such as "2 hours"; for a duration of 0 what became of a call of
+    /// this type, which may be nothing. Empty for a negative duration.
+    static std::string durationTextFormatFromDuration(std::int64_t duration, const std::optional<std::string>& type);
 
     // indexInFiledList:byFiledName:
     /// Position of a column by its name, letter case ignored; -1 for none.
@@ -196,8 +213,7 @@ protected:
     explicit DlxSQLiteParser(std::shared_ptr<DlxSQLiteReader> reader);
 
 private:
-    using Shaping = std::shared_ptr<CustomTableObject> (*)(const shaping::Source& source);
-    std::shared_ptr<CustomTableObject> shaped(Shaping shaping);
+    shaping::Source shapingSource();
 
     std::unique_ptr<engine::ParserState> state_;
     DlxSQLiteParserDelegate* delegate_ = nullptr;  // not owned

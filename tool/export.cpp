@@ -6,23 +6,21 @@
 #include <vector>
 
 #include "ZkMobileBackup/records/ZkMobileBackupAppDomainRecord.h"
-#include "base/MainQueue.h"
 #include "export/DlxExporter.h"
 #include "tool/backup.h"
 #include "tool/command.h"
 #include "tool/documents.h"
+#include "tool/extraction.h"
 #include "tool/failure.h"
 #include "tool/files.h"
 #include "tool/json_writer.h"
 #include "tool/output.h"
-#include "tool/progress_bar.h"
 #include "tool/text_table.h"
 
 namespace zkmb {
 namespace {
 
 using ZkMobileBackup::DlxExportType;
-using ZkMobileBackup::MainQueue;
 using ZkMobileBackup::ZkMobileBackupAppDomain;
 
 struct Options {
@@ -41,50 +39,6 @@ struct Outcome {
     std::size_t deleted = 0;
     std::vector<std::string> files{};
     std::string failure{};
-};
-
-/// Follows the export of one domain to its end.
-class Extraction {
-public:
-    Extraction(ZkMobileBackupAppDomain& domain, Context& context)
-        : domain_(domain), interruption_(context.interruption), bar_(context, "Writing " + nameOf(domain)) {}
-
-    void run(const std::string& folder, DlxExportType type) {
-        domain_.extractWithOutputPath(
-            folder, type, [this](std::int64_t ended, std::int64_t, std::atomic<bool>* stop, double progress) {
-                hear(ended != 0, *stop, progress);
-            });
-        while (!isOver()) MainQueue::run();
-    }
-
-private:
-    void hear(bool ended, std::atomic<bool>& stop, double progress) {
-        bar_.show(progress);
-        if (stopRequest_ == nullptr) stopRequest_ = interruption_.onRequest([this, &stop] { requestStop(stop); });
-        if (!ended) return;
-        ++ends_;
-        MainQueue::stop();
-    }
-
-    // A file that was stopped reports its own end before the end of the job.
-    bool isOver() const { return ends_ > (wasStopped() ? 1 : 0); }
-
-    bool wasStopped() const {
-        const ZkMobileBackup::DlxExporter& exporter = *domain_.exporter();
-        return exporter.isStop() && exporter.writtenPaths().empty() && exporter.firstFailure().empty();
-    }
-
-    // Domains that write their files themselves look at the flag, the others are stopped through their exporter.
-    void requestStop(std::atomic<bool>& stop) {
-        stop = true;
-        domain_.exporter()->stopRecoveryBackupData();
-    }
-
-    ZkMobileBackupAppDomain& domain_;
-    Interruption& interruption_;
-    ProgressBar bar_;
-    Interruption::Registration stopRequest_;
-    int ends_ = 0;
 };
 
 void requireOutputOutside(const Options& options) {

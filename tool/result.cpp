@@ -3,7 +3,9 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tool/command.h"
@@ -28,28 +30,47 @@ struct Options {
     bool json = false;
 };
 
-TableList calendarTables(DlxSQLiteParser& parser) {
-    return {parser.customTableForCalendarDB(), parser.customTableForReminderDB()};
+/// What an application's database gives.
+struct Shaped {
+    TableList tables{};
+    std::optional<Dictionary> contacts{};  // number or address to name; the contacts database alone has it
+};
+
+Shaped shapeContacts(DlxSQLiteParser& parser, const Dictionary*) {
+    std::optional<Dictionary> contacts;
+    TableList tables{parser.customTableForAddressBookDB(&contacts)};
+    // Without the tables that it is made of there is no map; its reader finds nobody in either.
+    return {std::move(tables), contacts.value_or(Dictionary())};
 }
-TableList noteTables(DlxSQLiteParser& parser) {
-    return {parser.customTableForNotesDB()};
+Shaped shapeCalendar(DlxSQLiteParser& parser, const Dictionary*) {
+    return {{parser.customTableForCalendarDB(), parser.customTableForReminderDB()}};
 }
-TableList bookmarkTables(DlxSQLiteParser& parser) {
-    return {parser.customTableForBookmarksDB()};
+Shaped shapeMessages(DlxSQLiteParser& parser, const Dictionary* contacts) {
+    return {{parser.customTableForSMSDB(contacts)}};
 }
-TableList noTables(DlxSQLiteParser&) {
+Shaped shapeNotes(DlxSQLiteParser& parser, const Dictionary*) {
+    return {{parser.customTableForNotesDB()}};
+}
+Shaped shapeCalls(DlxSQLiteParser& parser, const Dictionary* contacts) {
+    return {{parser.customTableForCallHistoryDB(contacts)}};
+}
+Shaped shapeBookmarks(DlxSQLiteParser& parser, const Dictionary*) {
+    return {{parser.customTableForBookmarksDB()}};
+}
+Shaped shapeNothing(DlxSQLiteParser&, const Dictionary*) {
     return {};
 }
 
 /// What becomes of a database file of this name, the extension left out.
 struct Application {
     const char* name;
-    TableList (*shape)(DlxSQLiteParser& parser);  // null as long as the application's tables are not shaped
+    Shaped (*shape)(DlxSQLiteParser& parser, const Dictionary* contacts);  // null contacts for none
 };
 
 constexpr Application kApplications[] = {
-    {"AddressBook", nullptr},  {"Calendar", calendarTables},  {"sms", nullptr},        {"notes", noteTables},
-    {"call_history", nullptr}, {"Bookmarks", bookmarkTables}, {"voicemail", noTables}, {"Photos", noTables},
+    {"AddressBook", shapeContacts}, {"Calendar", shapeCalendar},  {"sms", shapeMessages},
+    {"notes", shapeNotes},          {"call_history", shapeCalls}, {"Bookmarks", shapeBookmarks},
+    {"voicemail", shapeNothing},    {"Photos", shapeNothing},
 };
 
 /// A trailing "." is no extension.
@@ -62,10 +83,6 @@ const Application& applicationOf(const std::string& file) {
     const auto* found = std::ranges::find_if(kApplications, [&](const Application& a) { return a.name == name; });
     if (found == std::end(kApplications)) {
         throw Failure(fmt::format("No application keeps its data in a database named '{}': '{}'.", name, file));
-    }
-    if (found->shape == nullptr) {
-        throw Failure(
-            fmt::format("The tables of '{}' are not shaped yet, 'zkmb tables' shows them as they are.", file));
     }
     return *found;
 }
@@ -88,13 +105,17 @@ void writeTable(JsonWriter& json, const CustomTableObject& table) {
     json.endObject();
 }
 
-void writeJson(const TableList& tables) {
+void writeJson(const Shaped& shaped) {
     JsonWriter json;
     json.beginObject();
     json.key("tables");
     json.beginArray();
-    for (const auto& table : tables) writeTable(json, *table);
+    for (const auto& table : shaped.tables) writeTable(json, *table);
     json.endArray();
+    if (shaped.contacts.has_value()) {
+        json.key("contacts");
+        json.dictionary(*shaped.contacts);
+    }
     json.endObject();
     json.finish();
 }
@@ -110,16 +131,24 @@ void printTable(const CustomTableObject& table) {
     people.print(table.name().value_or(""));
 }
 
+/// The names in a contacts database, whatever the file is called; nothing when it lacks the tables.
+std::optional<Dictionary> contactsIn(const std::string& file, Context& context) {
+    std::optional<Dictionary> contacts;
+    parseDatabase(file, context).parser->customTableForAddressBookDB(&contacts);
+    return contacts;
+}
+
 void run(const Options& options, Context& context) {
     requireReadableFile(options.file);
     const Application& application = applicationOf(options.file);
-    if (!options.contacts.empty()) requireReadableFile(options.contacts);
+    std::optional<Dictionary> contacts;
+    if (!options.contacts.empty()) contacts = contactsIn(options.contacts, context);
     const ParsedDatabase database = parseDatabase(options.file, context);
-    const TableList tables = application.shape(*database.parser);
+    const Shaped shaped = application.shape(*database.parser, contacts.has_value() ? &*contacts : nullptr);
     if (options.json) {
-        writeJson(tables);
+        writeJson(shaped);
     } else {
-        for (const auto& table : tables) printTable(*table);
+        for (const auto& table : shaped.tables) printTable(*table);
     }
     context.interruption.throwIfRequested();
 }
@@ -130,7 +159,8 @@ Action setUpResult(CLI::App& command, Context& context) {
     const auto options = std::make_shared<Options>();
     command.add_option("FILE", options->file, "Database of an application, under its own name, such as notes.sqlite")
         ->required();
-    command.add_option("--contacts", options->contacts, "Contacts database, for the databases of messages and calls");
+    command.add_option("--contacts", options->contacts,
+                       "Contacts database that names the people of messages and calls");
     command.add_flag("--json", options->json, "Print the tables as JSON");
     return [options, &context] { run(*options, context); };
 }

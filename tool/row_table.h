@@ -10,7 +10,8 @@ namespace zkmb {
 /// The row without the key that only tells rows apart.
 ZkMobileBackup::Dictionary withoutIdentity(ZkMobileBackup::Dictionary row);
 
-/// Recovered rows as a table for people. Its columns are the keys of all rows, in the order in which they are met.
+/// Recovered rows as a table for people. Its columns are the keys of all rows, in the order in which they are met, but
+/// for those that are empty in every row. Of a conversation it shows the number of messages and how it begins.
 class RowTable {
 public:
     void add(ZkMobileBackup::Dictionary row, bool deleted);
@@ -24,6 +25,7 @@ private:
     };
 
     std::vector<std::string> columns() const;
+    bool hasContent(const std::string& column) const;
 
     std::vector<Entry> entries_;
 };

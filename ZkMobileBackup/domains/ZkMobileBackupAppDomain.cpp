@@ -1,6 +1,5 @@
 #include "ZkMobileBackup/domains/ZkMobileBackupAppDomain.h"
 
-#include <span>
 #include <utility>
 
 #include "ZkMobileBackup/domains/TzProductName.h"
@@ -24,14 +23,6 @@ struct AddressBookSlot {
 AddressBookSlot& addressBookSlot() {
     static AddressBookSlot& slot = *new AddressBookSlot;  // never destroyed: jobs may still ask while the process ends
     return slot;
-}
-
-/// The bytes of the database that `info` describes; none when it holds no bytes.
-std::span<const std::uint8_t> databaseBytes(const Dictionary& info) {
-    const Value* data = info.find(kRawDBdataKey);
-    const SharedBytes* bytes = data != nullptr ? data->bytes() : nullptr;
-    if (bytes == nullptr || *bytes == nullptr) return {};
-    return **bytes;
 }
 
 }  // namespace
@@ -89,11 +80,18 @@ void ZkMobileBackupAppDomain::parserWithCallbackBlock(ParserCallback callback) {
 }
 
 void ZkMobileBackupAppDomain::runParser() {
-    const auto engine = DlxSQLiteParser::initWithDBData(databaseBytes(info_));
+    const auto engine = DlxSQLiteParser::initWithDBData(databaseBytes());
     engine->setSqliteParserDelegate(this);
     setParser(engine);
     engine->parser();
     _parserDetails();
+}
+
+std::span<const std::uint8_t> ZkMobileBackupAppDomain::databaseBytes() const {
+    const Value* data = info_.find(kRawDBdataKey);
+    const SharedBytes* bytes = data != nullptr ? data->bytes() : nullptr;
+    if (bytes == nullptr || *bytes == nullptr) return {};
+    return **bytes;
 }
 
 void ZkMobileBackupAppDomain::_parserDetails() {}

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -142,6 +143,9 @@ protected:
 
     /// A domain's own step: makes records of the tables of `parser()`. On the parsing thread, once the engine has run.
     virtual void _parserDetails();
+
+    /// The bytes of the domain's database, as long as the domain lives; none when its info dictionary holds no bytes.
+    std::span<const std::uint8_t> databaseBytes() const;
 
     void setParserCallback(ParserCallback callback);
     /// Calls the parse callback, on the calling thread.

@@ -4,7 +4,7 @@
 
 namespace ZkMobileBackup {
 
-/// The calls. Their database is parsed; no records are made of it yet.
+/// The calls, with the names that the shared contacts domain knows.
 class ZKMB_API ZkMobileBackupCallHistoryDomain : public ZkMobileBackupAppDomain {
 public:
     // init
@@ -16,6 +16,7 @@ public:
 
 protected:
     ZkMobileBackupCallHistoryDomain() = default;
+    void _parserDetails() override;
 };
 
 }  // namespace ZkMobileBackup

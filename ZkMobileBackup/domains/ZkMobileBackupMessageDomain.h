@@ -4,7 +4,7 @@
 
 namespace ZkMobileBackup {
 
-/// The messages. Their database is parsed; no records are made of it yet.
+/// The conversations, with the names that the shared contacts domain knows.
 class ZKMB_API ZkMobileBackupMessageDomain : public ZkMobileBackupAppDomain {
 public:
     // init
@@ -16,6 +16,7 @@ public:
 
 protected:
     ZkMobileBackupMessageDomain() = default;
+    void _parserDetails() override;
 };
 
 }  // namespace ZkMobileBackup

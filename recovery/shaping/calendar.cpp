@@ -32,14 +32,14 @@ void setDate(Dictionary& row, std::string_view column, const Row& item, std::siz
 }
 
 /// The title of the first live location with the item's key; that one decides even when it has no title.
-std::string_view locationOf(const Row& item, const KeyIndex& locations) {
+std::string_view locationOf(const Row& item, KeyIndex& locations) {
     const auto key = cellOf(item, kItemLocationCell);
     if (!key) return {};
     const auto matches = locations.find(integerValue(*key));
     return matches.empty() ? std::string_view() : matches.front().row.cell(kLocationTitleCell);
 }
 
-Dictionary eventRow(Dictionary row, const Row& item, const EventColumns& columns, const KeyIndex& locations) {
+Dictionary eventRow(Dictionary row, const Row& item, const EventColumns& columns, KeyIndex& locations) {
     row.set("title", item.cell(kItemTitleCell));
     setDate(row, "startdate", item, columns.startDate);
     setDate(row, "endDate", item, columns.endDate);
@@ -57,7 +57,7 @@ std::shared_ptr<CustomTableObject> shapeCalendar(const Source& source) {
     const EventColumns columns{columnIndex(*items, kEntityTypeColumn), columnIndex(*items, "start_date"),
                                columnIndex(*items, "end_date")};
     if (columns.entityType == kMissingColumn) return shaper.result();
-    const KeyIndex locationsByKey(locations->rowList(), kLocationKeyCell);
+    KeyIndex locationsByKey(locations->rowList(), kLocationKeyCell);
     shaper.walk(*items, kShare, [&](const Row& item, Origin origin) {
         if (!isEvent(item, columns.entityType)) return;
         shaper.add(eventRow(shaper.newRow(), item, columns, locationsByKey), origin);

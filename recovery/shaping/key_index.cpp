@@ -8,11 +8,20 @@ namespace ZkMobileBackup::shaping {
 
 namespace {
 
-struct ByKey {
-    bool operator()(const KeyIndex::Entry& a, const KeyIndex::Entry& b) const { return a.key < b.key; }
-    bool operator()(const KeyIndex::Entry& a, std::int64_t key) const { return a.key < key; }
-    bool operator()(std::int64_t key, const KeyIndex::Entry& b) const { return key < b.key; }
-};
+bool isBefore(const KeyIndex::Entry& a, const KeyIndex::Entry& b) {
+    return a.key < b.key;
+}
+
+/// The first entry in which `isPassed` does not hold, after those in which it does. One near `from` is found at once.
+template <typename Iterator, typename IsPassed>
+Iterator firstNotPassed(Iterator from, Iterator end, IsPassed isPassed) {
+    std::ptrdiff_t step = 1;
+    while (step < end - from && isPassed(from[step - 1])) {
+        from += step;
+        step *= 2;
+    }
+    return std::partition_point(from, from + std::min(step, end - from), isPassed);
+}
 
 }  // namespace
 
@@ -21,11 +30,17 @@ KeyIndex::KeyIndex(const RowList& rows, std::size_t column) {
     for (const Row& row : rows) {
         if (row.count() > column) entries_.push_back({integerCell(row, column), row});
     }
-    std::stable_sort(entries_.begin(), entries_.end(), ByKey());
+    if (!std::is_sorted(entries_.begin(), entries_.end(), isBefore)) {
+        std::stable_sort(entries_.begin(), entries_.end(), isBefore);
+    }
 }
 
-std::span<const KeyIndex::Entry> KeyIndex::find(std::int64_t key) const {
-    const auto [first, last] = std::equal_range(entries_.begin(), entries_.end(), key, ByKey());
+std::span<const KeyIndex::Entry> KeyIndex::find(std::int64_t key) {
+    if (nearLastFound_ > 0 && entries_[nearLastFound_ - 1].key >= key) nearLastFound_ = 0;
+    const auto start = entries_.cbegin() + static_cast<std::ptrdiff_t>(nearLastFound_);
+    const auto first = firstNotPassed(start, entries_.cend(), [key](const Entry& entry) { return entry.key < key; });
+    const auto last = firstNotPassed(first, entries_.cend(), [key](const Entry& entry) { return entry.key == key; });
+    nearLastFound_ = static_cast<std::size_t>(first - entries_.cbegin());
     return {first, last};
 }
 

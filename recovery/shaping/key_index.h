@@ -21,11 +21,13 @@ public:
 
     KeyIndex(const RowList& rows, std::size_t column);
 
-    /// The entries of a key, in the order of their rows.
-    std::span<const Entry> find(std::int64_t key) const;
+    /// The entries of a key, in the order of their rows. Keys that are asked for in ascending order, as those of a
+    /// table mostly are, take constant time each, others that of a binary search.
+    std::span<const Entry> find(std::int64_t key);
 
 private:
-    std::vector<Entry> entries_;  // by ascending key
+    std::vector<Entry> entries_;     // by ascending key
+    std::size_t nearLastFound_ = 0;  // where the next search starts
 };
 
 }  // namespace ZkMobileBackup::shaping

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -16,6 +17,7 @@ namespace ZkMobileBackup::shaping {
 struct Source {
     const std::vector<std::shared_ptr<RawTableObject>>& tables;
     const std::atomic<bool>& stop;
+    std::int64_t tableCount = 0;                             ///< schema rows and free pages of the database
     std::int64_t dbIndex = 0;                                ///< ordinal of the database in a larger run
     std::function<void(const Dictionary& progress)> report;  ///< may be empty
 };
@@ -25,6 +27,14 @@ std::shared_ptr<CustomTableObject> shapeReminders(const Source& source);
 std::shared_ptr<CustomTableObject> shapeCalendar(const Source& source);
 std::shared_ptr<CustomTableObject> shapeBookmarks(const Source& source);
 std::shared_ptr<CustomTableObject> shapeNotes(const Source& source);
+
+/// The contacts. `contactsMap` receives number or address -> name of the person; what it held before is dropped. It
+/// stays as it is when a raw table that it needs is missing.
+std::shared_ptr<CustomTableObject> shapeContacts(const Source& source, std::optional<Dictionary>& contactsMap);
+
+// These look up names in the contacts map, null for none.
+std::shared_ptr<CustomTableObject> shapeMessages(const Source& source, const Dictionary* contactsMap);
+std::shared_ptr<CustomTableObject> shapeCallHistory(const Source& source, const Dictionary* contactsMap);
 
 /// Position of a column by its name, letter case ignored; -1 for none. As an unsigned index -1 is beyond every row.
 std::int64_t indexOfColumn(const std::vector<std::string>& names, std::string_view name);

@@ -10,10 +10,8 @@ namespace {
 // How many databases a run is taken to parse; progress goes beyond 1 when there are more, which is left to its reader.
 constexpr double kDatabasesInRun = 9.0;
 
-/// Where the shaping of a database's tables begins.
-double shapingStart(const Source& source) {
-    return static_cast<double>(source.dbIndex) / kDatabasesInRun + kOneThird + kOneEighteenth;
-}
+/// Entries of the progress dictionary by their places: a report is made for every row, and looks up no keys.
+enum ProgressPosition : std::size_t { kProcess, kDeletedData, kAllData };
 
 }  // namespace
 
@@ -35,17 +33,20 @@ const RawTableObject* TableShaper::rawTable(std::string_view name) const {
 }
 
 void TableShaper::walk(const RawTableObject& driving, ProgressShare share, const ShapeRow& shapeRow) {
-    const RowList& live = driving.rowList();
-    const RowList& carved = driving.deletedRowList();
-    const std::size_t total = live.size() + carved.size();
-    for (std::size_t i = 0; i < total; ++i) {
-        if (stopped()) return;
-        if (i < live.size()) {
-            shapeRow(live[i], Origin::kLive);
-        } else {
-            shapeRow(carved[i - live.size()], Origin::kCarved);
+    const auto total = static_cast<double>(driving.rowList().size() + driving.deletedRowList().size());
+    visit(driving, [&](const Row& raw, Origin origin, std::size_t position) {
+        shapeRow(raw, origin);
+        report(share, static_cast<double>(position) / total);
+    });
+}
+
+void TableShaper::visit(const RawTableObject& driving, const VisitRow& visitRow) const {
+    std::size_t position = 0;
+    for (const Origin origin : {Origin::kLive, Origin::kCarved}) {
+        for (const Row& raw : origin == Origin::kLive ? driving.rowList() : driving.deletedRowList()) {
+            if (stopped()) return;
+            visitRow(raw, origin, position++);
         }
-        report(share, static_cast<double>(i) / static_cast<double>(total));
     }
 }
 
@@ -54,12 +55,20 @@ void TableShaper::add(Dictionary row, Origin origin) {
     rows.append(std::move(row));
 }
 
+double TableShaper::shapingStart() const {
+    return static_cast<double>(source_.dbIndex) / kDatabasesInRun + kOneThird + kOneEighteenth;
+}
+
 void TableShaper::report(ProgressShare share, double done) {
+    reportValue(shapingStart() + share.start + done / share.divisor);
+}
+
+void TableShaper::reportValue(double process) {
     if (!source_.report) return;
     const std::size_t deleted = result_->deletedRowList().size();
-    progress_.set(kBackupProcessKey, shapingStart(source_) + share.start + done / share.divisor);
-    progress_.set(kBackupDeletedDataKey, deleted);
-    progress_.set(kBackupAllDataKey, result_->rowList().size() + deleted);
+    progress_.setValueAt(kProcess, process);
+    progress_.setValueAt(kDeletedData, deleted);
+    progress_.setValueAt(kAllData, result_->rowList().size() + deleted);
     source_.report(progress_);
 }
 

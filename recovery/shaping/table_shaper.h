@@ -36,6 +36,7 @@ inline constexpr double kOneThirtySixth = 0.027777777777777776;
 class TableShaper {
 public:
     using ShapeRow = std::function<void(const Row& raw, Origin origin)>;
+    using VisitRow = std::function<void(const Row& raw, Origin origin, std::size_t position)>;
 
     /// `source` must outlive the shaper.
     TableShaper(const Source& source, std::string name, const std::vector<std::string>& columns);
@@ -52,8 +53,17 @@ public:
 
     const std::shared_ptr<CustomTableObject>& result() const { return result_; }
 
-private:
+    // For tables that walk or count in a way of their own.
+
+    /// The walk without its reports. `position` counts live and carved rows on.
+    void visit(const RawTableObject& driving, const VisitRow& visitRow) const;
     bool stopped() const { return source_.stop.load(std::memory_order_relaxed); }
+    /// Where the shaping of all tables begins, as progress of the whole run.
+    double shapingStart() const;
+    /// Reports `process`, the progress of the whole run, with the counts of both lists as they stand.
+    void reportValue(double process);
+
+private:
     void report(ProgressShare share, double done);
 
     const Source& source_;

@@ -2,6 +2,8 @@
 #include <ctime>
 #include <gtest/gtest.h>
 #include <limits>
+#include <thread>
+#include <vector>
 
 #include "recovery/Converter.h"
 #include "tests/recovery/shaping/ZoneGuard.h"
@@ -62,6 +64,15 @@ TEST(FormatedStringFromDate, FollowsAZoneThatChangesMeanwhile) {
     EXPECT_EQ(shown(0), "1970-01-01 00:00");
 }
 
+TEST(FormatedStringFromDate, FollowsAZoneThatComesBack) {
+    {
+        const ZoneGuard first(kNewYork);
+        EXPECT_EQ(shown(kNoonInWinter), "2024-01-15 07:00");
+    }
+    const ZoneGuard second(kNewYork);
+    EXPECT_EQ(shown(kNoonInSummer), "2024-07-15 08:00");
+}
+
 TEST(FormatedStringFromDate, RoundsDownBeforeAndAfter1970) {
     const ZoneGuard zone("UTC0");
     EXPECT_EQ(shown(59.999), "1970-01-01 00:00");
@@ -84,6 +95,57 @@ TEST(FormatedStringFromDate, InstantsBeyondTheLimitAreEmpty) {
     EXPECT_EQ(shown(-6.0e16 - 8), "");
     EXPECT_EQ(shown(std::numeric_limits<double>::infinity()), "");
     EXPECT_EQ(shown(std::numeric_limits<double>::quiet_NaN()), "");
+}
+
+std::string shownByCLibrary(std::time_t instant) {
+    tzset();
+    std::tm fields{};
+    localtime_r(&instant, &fields);
+    char text[32];
+    return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M", &fields)};
+}
+
+class FormattedDatesAroundClockChanges : public ::testing::TestWithParam<const char*> {
+protected:
+    static constexpr std::time_t kYearStart = 1704067200;  // 2024
+    static constexpr std::time_t kHalfHour = 30 * 60;
+    static constexpr std::time_t kHalfHoursInYear = 366 * 48;
+    ZoneGuard zone_{GetParam()};
+};
+
+INSTANTIATE_TEST_SUITE_P(Zones, FormattedDatesAroundClockChanges,
+                         ::testing::Values(kNewYork, kIndia, "UTC0",
+                                           "AAA3BBB,M10.3.0/0,M2.3.0/0",            // at midnight
+                                           "AAA-10:30BBB-11,M10.1.0,M4.1.0",        // by half an hour
+                                           "AAA5BBB,M3.2.0/-1:59:59,M11.1.0/24:00"  // within a minute of midnight
+                                           ));
+
+TEST_P(FormattedDatesAroundClockChanges, AreThoseOfTheCLibraryInAscendingOrder) {
+    for (std::time_t i = 0; i < kHalfHoursInYear; ++i) {
+        for (const std::time_t second : {i * kHalfHour - 1, i * kHalfHour}) {
+            ASSERT_EQ(shown(static_cast<double>(kYearStart + second)), shownByCLibrary(kYearStart + second));
+        }
+    }
+}
+
+TEST_P(FormattedDatesAroundClockChanges, AreThoseOfTheCLibraryInNoOrder) {
+    constexpr std::time_t kStep = 7919;
+    for (std::time_t i = 0; i < kHalfHoursInYear; ++i) {
+        const std::time_t instant = kYearStart + i * kStep % kHalfHoursInYear * kHalfHour;
+        ASSERT_EQ(shown(static_cast<double>(instant)), shownByCLibrary(instant));
+    }
+}
+
+TEST(FormatedStringFromDate, IsTheSameOnEveryThread) {
+    const ZoneGuard zone(kNewYork);
+    std::vector<std::thread> threads;
+    for (const double start : {kNoonInWinter, kNoonInSummer}) {
+        threads.emplace_back([start] {
+            const std::string expected = start == kNoonInWinter ? "2024-01-15 07:00" : "2024-07-15 08:00";
+            for (int i = 0; i < 1000; ++i) EXPECT_EQ(shown(start + i % 60), expected);
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
 }
 
 TEST(DateWithSqliteTimeStamp, IsOneSecondEarly) {

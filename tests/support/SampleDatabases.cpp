@@ -15,20 +15,20 @@ constexpr std::int64_t kHour = 3600;
 constexpr std::int64_t kDay = 24 * kHour;
 
 struct Person {
-    std::string first, last, organization, note, mobile, home, email, address;
+    std::string first, last, organization, note, mobile, home, email, address, image{};
 };
 
 std::vector<Person> people() {
     return {
         {"Amelia", "Hartley", "Northwind Bakery", "Prefers mornings", "+1-555-010-0123", "555-0199",
-         "amelia@example.com", "12 Harbour Street, Springfield"},
+         "amelia@example.com", "12 Harbour Street, Springfield", "amelia.png"},
         {"Jürgen", "Größmann", "Müller & Söhne GmbH", "Schlüssel liegt beim Nachbarn", "+49-1555-0142", "030-555-0142",
          "juergen@example.de", "Straße der Brüder 7, Köln"},
         {"Élodie", "Lefèvre", "Café de l’Étoile", "Anniversaire le 3 août", "+33-555-0117", "01-555-0117",
          "elodie@example.fr", "4 rue du Marché, Orléans"},
         {"Наталья", "Соколова", "Институт языков", "Позвонить после шести", "+7-555-0164", "495-555-0164",
          "natalia@example.ru", "ул. Лесная, 5, Тверь"},
-        {"さくら", "山本", "青空書店", "猫が二匹います", "+81-555-0175", "03-555-0175", "sakura@example.jp",
+        {"さくら", "山本", "青空書店", "猫が二匹います", "90-5550-0175", "03-555-0175", "sakura@example.jp",
          "京都市左京区一丁目"},
         {"小明", "王", "晨光科技", "喜欢喝绿茶", "+86-555-0188", "010-555-0188", "xiaoming@example.cn",
          "杭州市西湖路8号"},
@@ -58,6 +58,12 @@ const std::array<std::string, 12> kPhrases = {
     "¿Quedamos mañana a las nueve? Trae el paraguas ☔",
 };
 
+/// Whom the phone talked to, as the network calls them: numbers come with a country code, also where the address book
+/// has them without one, and never with dashes.
+const std::string kAmelia = "+15550100123", kJuergen = "+4915550142", kElodie = "elodie@example.fr",
+                  kNatalia = "+75550164", kSakura = "+819055500175", kXiaoming = "+865550188", kNikos = "+305550156",
+                  kDeepa = "+915550148", kRosa = "rosa@example.es", kStranger = "+442079460000";
+
 std::string phrase(std::int64_t number) {
     return kPhrases[static_cast<std::size_t>(number) % kPhrases.size()] + " (" + std::to_string(number) + ")";
 }
@@ -76,12 +82,13 @@ const std::string kPersonTable =
 
 std::vector<Cell> personRow(std::int64_t key, const Person& person) {
     const std::int64_t created = kMarch2013 + key * kDay;
+    const Cell image = person.image.empty() ? Cell(nullptr) : Cell(person.image);
     return {
         key,     person.first,   person.last, nullptr, nullptr, nullptr,         nullptr,         person.organization,
         nullptr, person.note,    0,           nullptr, nullptr, nullptr,         nullptr,         nullptr,
         nullptr, nullptr,        created,     created, nullptr, nullptr,         nullptr,         nullptr,
         0,       person.first,   nullptr,     "A",     "A",     std::int64_t{1}, std::int64_t{1}, std::int64_t{1},
-        nullptr, std::int64_t{1}};
+        image,   std::int64_t{1}};
 }
 
 /// What a multi-value row holds: its label column is one of these codes.
@@ -114,10 +121,21 @@ const std::string kMessageTable =
     "INTEGER DEFAULT 0, date INTEGER, date_read INTEGER, date_delivered INTEGER, is_delivered INTEGER DEFAULT 0, "
     "is_finished INTEGER DEFAULT 0, is_emote INTEGER DEFAULT 0, is_from_me INTEGER DEFAULT 0)";
 
-constexpr std::int64_t kConversations = 8;
+/// The parties of each conversation; one with several of them has an identifier of its own.
+const std::array<std::vector<std::string>, 8> kConversations = {{
+    {kAmelia},
+    {kJuergen},
+    {kRosa},
+    {kNatalia},
+    {kSakura},
+    {kXiaoming},
+    {kStranger},
+    {kNikos, kDeepa, kElodie},
+}};
+const std::string kGroupIdentifier = "chat580112047";
 
 void addMessage(DatabaseBuilder& database, std::int64_t key) {
-    const std::int64_t conversation = key % kConversations + 1;
+    const std::int64_t conversation = key % static_cast<std::int64_t>(kConversations.size()) + 1;
     const std::int64_t date = kMarch2013 + key * kHour;
     const std::int64_t sent = key % 3 == 0 ? 1 : 0;
     database.run(
@@ -128,14 +146,16 @@ void addMessage(DatabaseBuilder& database, std::int64_t key) {
     database.insert("chat_message_join", {conversation, key});
 }
 
-void addConversation(DatabaseBuilder& database, std::int64_t key, const Person& person) {
-    std::string number = person.mobile;
-    std::erase(number, '-');
-    database.run("INSERT INTO handle (ROWID, id, country, service) VALUES (?, ?, ?, ?)", {key, number, "xx", "text"});
+void addConversation(DatabaseBuilder& database, std::int64_t key, const std::vector<std::string>& parties) {
+    const std::string& identifier = parties.size() == 1 ? parties.front() : kGroupIdentifier;
     database.run(
         "INSERT INTO chat (ROWID, guid, style, state, account_id, chat_identifier, service_name) "
         "VALUES (?, ?, ?, ?, ?, ?, ?)",
-        {key, "chat-" + std::to_string(key), std::int64_t{45}, std::int64_t{3}, "owner", number, "text"});
+        {key, "chat-" + std::to_string(key), std::int64_t{45}, std::int64_t{3}, "owner", identifier, "text"});
+    for (const std::string& party : parties) {
+        database.run("INSERT INTO handle (id, country, service) VALUES (?, ?, ?)", {party, "xx", "text"});
+        database.run("INSERT INTO chat_handle_join VALUES (?, last_insert_rowid())", {key});
+    }
 }
 
 // ---- Calendar ----
@@ -163,12 +183,22 @@ void addNote(DatabaseBuilder& database, std::int64_t key, const std::string& tit
     database.insert("ZNOTEBODY", {key, std::int64_t{4}, std::int64_t{1}, key, text});
 }
 
-void addCall(DatabaseBuilder& database, const std::string& number, std::int64_t date, std::int64_t duration,
-             std::int64_t flags) {
+// ---- Calls ----
+
+struct Call {
+    std::int64_t flags, duration;
+};
+
+constexpr Call kMissed{0, 0}, kFailed{5, 0};
+constexpr std::array<Call, 7> kCalls = {{kMissed, {5, 75}, {0, 42}, kFailed, {0, 600}, {5, 9000}, {0, 1}}};
+
+void addCall(DatabaseBuilder& database, const std::string& party, std::int64_t date, const Call& call) {
     database.run(
         "INSERT INTO call (address, date, duration, flags, id, name, country_code) VALUES (?, ?, ?, ?, ?, ?, ?)",
-        {number, date, duration, flags, std::int64_t{1}, "", "001"});
+        {party, date, call.duration, call.flags, std::int64_t{1}, "", "001"});
 }
+
+// ---- Bookmarks ----
 
 void addBookmark(DatabaseBuilder& database, const std::string& title, const std::string& url) {
     database.run(
@@ -208,12 +238,11 @@ std::vector<std::uint8_t> sampleMessages() {
     database.exec(
         "CREATE TABLE chat (ROWID INTEGER PRIMARY KEY AUTOINCREMENT, guid TEXT UNIQUE NOT NULL, style INTEGER, state "
         "INTEGER, account_id TEXT, properties BLOB, chat_identifier TEXT, service_name TEXT, room_name TEXT)");
+    database.exec("CREATE TABLE chat_handle_join (chat_id INTEGER, handle_id INTEGER)");
     database.exec("CREATE TABLE chat_message_join (chat_id INTEGER, message_id INTEGER)");
     database.exec("BEGIN");
-    const std::vector<Person> everybody = people();
-    for (std::int64_t key = 1; key <= kConversations; ++key) {
-        addConversation(database, key, everybody[static_cast<std::size_t>(key)]);
-    }
+    std::int64_t conversation = 0;
+    for (const auto& parties : kConversations) addConversation(database, ++conversation, parties);
     for (std::int64_t key = 1; key <= 400; ++key) addMessage(database, key);
     database.exec("COMMIT");
     // Single deletions leave holes in pages, the range empties whole pages; the joins of both stay behind.
@@ -226,20 +255,14 @@ std::vector<std::uint8_t> sampleCallHistory() {
     database.exec(
         "CREATE TABLE call (ROWID INTEGER PRIMARY KEY AUTOINCREMENT, address TEXT, date INTEGER, duration INTEGER, "
         "flags INTEGER, id INTEGER DEFAULT -1, name TEXT, country_code TEXT)");
-    constexpr std::array<std::int64_t, 6> kDurations = {0, 1, 42, 75, 600, 9000};
     database.exec("BEGIN");
-    std::int64_t number = 0;
-    for (int round = 0; round < 4; ++round) {
-        for (const Person& person : people()) {
-            std::string address = person.mobile;
-            std::erase(address, '-');
-            const std::int64_t duration = kDurations[static_cast<std::size_t>(number) % kDurations.size()];
-            addCall(database, address, kMarch2013FromUnixEpoch + number * kHour, duration, number % 2 == 0 ? 0 : 5);
-            ++number;
-        }
+    std::int64_t date = kMarch2013FromUnixEpoch;
+    for (const std::string& party : {kAmelia, kJuergen, kRosa, kSakura, kStranger}) {
+        for (const Call& call : kCalls) addCall(database, party, date += kHour, call);
     }
     database.exec("COMMIT");
-    database.exec("DELETE FROM call WHERE ROWID IN (4, 5, 17, 28)");
+    // A missed, an outgoing, a failed and an incoming one.
+    database.exec("DELETE FROM call WHERE ROWID IN (1, 9, 18, 26)");
     return database.bytes();
 }
 

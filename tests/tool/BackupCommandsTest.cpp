@@ -167,6 +167,48 @@ TEST(RecordsCommand, LiveRecordsComeBeforeDeletedOnes) {
     EXPECT_FALSE(records[0]["value"].contains("RowData_Identify_Key"));
 }
 
+struct PeopleAndMessages : SmallBackup {
+    PeopleAndMessages() {
+        add("Library/SMS/sms.db", sampleMessages());
+        add("Library/CallHistory/call_history.db", sampleCallHistory());
+        add("Library/AddressBook/AddressBook.sqlitedb", sampleAddressBook());
+    }
+
+    json records(const std::string& domain) const {
+        return runTool({"records", path(), "--domain", domain, "--json"}).json();
+    }
+};
+
+TEST(RecordsCommand, ConversationIsNamedAndExportsItsMessagesAsLines) {
+    const json record = PeopleAndMessages().records("Message")[0];
+    EXPECT_EQ(record["value"]["name"], "Amelia Hartley");
+    EXPECT_EQ(record["value"]["textlist"][2], json({{"detail_text", "See you at the station at half past seven. (24)"},
+                                                    {"detail_date", "2013-03-04 10:39"},
+                                                    {"detail_sent_flag", "1"}}));
+    EXPECT_EQ(record["exportValue"]["textlist"][2],
+              "Send:2013-03-04 10:39 See you at the station at half past seven. (24)");
+}
+
+TEST(RecordsCommand, CallIsNamed) {
+    const json record = PeopleAndMessages().records("Callhistory")[0];
+    EXPECT_EQ(record["exportValue"], json({{"name", "Amelia Hartley"},
+                                           {"phone", "+15550100123"},
+                                           {"date", "2013-03-03 12:40"},
+                                           {"type", "Outgoing"},
+                                           {"duration", "1 minute"}}));
+}
+
+TEST(RecordsCommand, ContactExportsItsLists) {
+    const json record = PeopleAndMessages().records("Contacts")[0];
+    EXPECT_EQ(record["exportValue"], json({{"name", "Amelia Hartley"},
+                                           {"company", "Northwind Bakery"},
+                                           {"mobilePhoneList", {"+1-555-010-0123"}},
+                                           {"addressList", {"12 Harbour Street, Springfield"}},
+                                           {"homePhoneList", {"555-0199"}},
+                                           {"emailList", {"amelia@example.com"}},
+                                           {"Note", "Prefers mornings"}}));
+}
+
 TEST(RecordsCommand, NameMeansEveryDomainOfThatName) {
     SmallBackup backup;
     backup.add("Library/Notes/notes.sqlite", sampleNotes());

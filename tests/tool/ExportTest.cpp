@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tests/support/Files.h"
+#include "tests/support/SampleBackup.h"
 #include "tests/support/SampleDatabases.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/tool/SmallBackup.h"
@@ -52,6 +53,28 @@ TEST_F(Export, WritesADocumentForEveryDomainWithRecords) {
                                      HasSubstr("\n3 files written\n")));
     EXPECT_EQ(folderContent(output()).size(), 3U);
     EXPECT_THAT(text(document("Note.html")), HasSubstr("<table"));
+}
+
+TEST_F(Export, WholeBackupGoesFromFolderToDocuments) {
+    const std::string backup = folder_.path("backup");
+    writeSampleBackup(backup);
+    const auto before = folderContent(backup);
+    const ToolResult result = runTool({"export", backup, "--output", output(), "--type", "html", "--json"});
+    ASSERT_THAT(result, SucceedsSilently());
+    const json summary = result.json();
+    std::vector<std::string> names;
+    for (const json& domain : summary["domains"]) {
+        if (domain["files"].empty()) continue;
+        names.push_back(domain["name"]);
+        EXPECT_GT(domain["live"], 0) << domain;
+        EXPECT_GT(domain["deleted"], 0) << domain;
+    }
+    EXPECT_THAT(names, testing::ElementsAre("Contacts", "Message", "Calendar", "Reminder", "Note", "SafariBookmarks",
+                                            "Callhistory"));
+    EXPECT_THAT(text(document("Contacts.html")), HasSubstr("Amelia Hartley"));
+    EXPECT_THAT(text(document("Message.html")), HasSubstr("See you at the station"));
+    EXPECT_THAT(text(document("Callhistory.html")), HasSubstr("10 minutes"));
+    EXPECT_EQ(folderContent(backup), before);
 }
 
 TEST_F(Export, SummaryAsJsonCountsRecordsAndNamesFiles) {

@@ -2,29 +2,16 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
 #include <functional>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/tool/ChildProcess.h"
 
 namespace ZkMobileBackup {
 namespace {
-
-void redirect(int descriptor, const std::string& path) {
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    if (file < 0 || dup2(file, descriptor) < 0) _exit(127);
-}
-
-[[noreturn]] void become(std::string program, std::vector<std::string> arguments) {
-    std::vector<char*> argv{program.data()};
-    for (std::string& argument : arguments) argv.push_back(argument.data());
-    argv.push_back(nullptr);
-    execv(program.c_str(), argv.data());
-    _exit(127);
-}
 
 std::string textOf(const std::string& path) {
     const std::vector<std::uint8_t> bytes = readBytes(path);

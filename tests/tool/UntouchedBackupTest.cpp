@@ -4,6 +4,7 @@
 
 #include "tests/support/Files.h"
 #include "tests/support/SampleBackup.h"
+#include "tests/support/SampleDatabases.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/tool/ToolRun.h"
 
@@ -14,12 +15,15 @@ TEST(UntouchedBackup, EveryFileStaysAsItIsWhateverTheToolDoes) {
     const TemporaryFolder folder;
     const std::string backup = folder.path("backups/sample");
     writeSampleBackup(backup);
+    writeBytes(folder.path("sms.db"), sampleMessages());
     const auto before = folderContent(backup);
     std::vector<std::vector<std::string>> runs = {
         {"list", "--root", folder.path("backups")},
         {"manifest", backup},
         {"scan", backup},
         {"records", backup, "--domain", "Note"},
+        {"records", backup, "--domain", "Message"},
+        {"records", backup, "--domain", "Contacts"},
         {"export", backup, "--output", folder.path("out"), "--type", "html"},
         {"export", backup, "--output", backup, "--type", "html"},
         {"export", backup, "--output", backup + "/new", "--type", "html"},
@@ -28,6 +32,7 @@ TEST(UntouchedBackup, EveryFileStaysAsItIsWhateverTheToolDoes) {
     for (const auto& [name, content] : before) {
         runs.push_back({"tables", backup + "/" + name});
         runs.push_back({"result", backup + "/" + name});
+        runs.push_back({"result", folder.path("sms.db"), "--contacts", backup + "/" + name});
         runs.push_back({"document", backup + "/" + name, "--output", folder.path("out/rows"), "--type", "html"});
     }
     for (std::vector<std::string> arguments : runs) {

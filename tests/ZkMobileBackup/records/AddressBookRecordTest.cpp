@@ -72,6 +72,11 @@ TEST_F(AddressBookImage, IsWrittenToTheLog) {
     EXPECT_THAT(lines_, ElementsAre("FFD8"));
 }
 
+TEST_F(AddressBookImage, EmptyTextIsWrittenToo) {
+    make(Dictionary{{"image", ""}});
+    EXPECT_THAT(lines_, ElementsAre(""));
+}
+
 TEST_F(AddressBookImage, NullOrMissingIsNotWritten) {
     make(Dictionary{{"image", "NULL"}});
     make(Dictionary{{"name", "a"}});

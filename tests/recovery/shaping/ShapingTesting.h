@@ -27,6 +27,7 @@ struct Report {
 struct Database {
     std::vector<std::shared_ptr<RawTableObject>> tables;
     std::atomic<bool> stop{false};
+    std::int64_t tableCount = 1;
     std::int64_t dbIndex = 0;
     std::size_t stopAfterReports = static_cast<std::size_t>(-1);
     std::vector<Report> reports;
@@ -41,11 +42,17 @@ struct Database {
         tables.push_back(std::move(table));
     }
 
-    std::shared_ptr<CustomTableObject> shaped(
-        std::shared_ptr<CustomTableObject> (*shape)(const shaping::Source& source)) {
-        return shape({.tables = tables, .stop = stop, .dbIndex = dbIndex, .report = [this](const Dictionary& progress) {
-                          record(progress);
-                      }});
+    shaping::Source source() {
+        return {.tables = tables,
+                .stop = stop,
+                .tableCount = tableCount,
+                .dbIndex = dbIndex,
+                .report = [this](const Dictionary& progress) { record(progress); }};
+    }
+
+    template <typename Shape, typename... Arguments>
+    std::shared_ptr<CustomTableObject> shaped(Shape shape, Arguments&&... arguments) {
+        return shape(source(), std::forward<Arguments>(arguments)...);
     }
 
     void record(const Dictionary& progress) {
