@@ -1,6 +1,6 @@
 #include <bit>
-#include <functional>
 
+#include "base/KeyedHash.h"
 #include "base/Value.h"
 
 namespace ZkMobileBackup {
@@ -19,7 +19,7 @@ struct Slot {
 };
 
 std::uint32_t hashOf(std::string_view key) {
-    return static_cast<std::uint32_t>(std::hash<std::string_view>{}(key));
+    return static_cast<std::uint32_t>(keyedHash(key));
 }
 
 }  // namespace

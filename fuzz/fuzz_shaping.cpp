@@ -27,6 +27,8 @@ constexpr std::size_t kRowLimit = 100;
 
 // Columns of this ending hold lists, which a row has only once something is in them.
 constexpr std::string_view kListEnding = "List";
+// Every conversation holds its messages here.
+constexpr std::string_view kMessagesKey = "textlist";
 
 struct Database {
     std::vector<std::shared_ptr<RawTableObject>> tables;
@@ -85,14 +87,25 @@ void check(bool holds) {
     if (!holds) std::abort();
 }
 
-/// Every row has its identity and a text in every column but lists.
-void checkRows(const RowList& rows, const std::vector<std::string>& columns) {
+/// A list that is there is never empty; whatever is no list is a text.
+void checkValue(std::string_view key, const Value& value) {
+    const bool messages = key == kMessagesKey;
+    if (!messages && !key.ends_with(kListEnding)) return check(value.text() != nullptr);
+    check(value.array() != nullptr && !value.array()->empty());
+    for (const Value& item : *value.array()) check(messages ? item.dictionary() != nullptr : item.text() != nullptr);
+}
+
+void checkRow(const Dictionary& row, const CustomTableObject& table) {
+    check(row.keyAt(0) == kRowIdentityKey);
+    check(row.contains(kMessagesKey) == (table.name() == "Message"));
+    for (const std::string& column : table.filedList()) check(row.contains(column) || column.ends_with(kListEnding));
+    for (std::size_t i = 0; i < row.size(); ++i) checkValue(row.keyAt(i), row.valueAt(i));
+}
+
+void checkRows(const RowList& rows, const CustomTableObject& table) {
     for (const Row& row : rows) {
-        const Dictionary* dictionary = row.dictionary();
-        check(dictionary != nullptr && dictionary->keyAt(0) == kRowIdentityKey);
-        for (const std::string& column : columns) {
-            check(dictionary->text(column) != nullptr || column.ends_with(kListEnding));
-        }
+        check(row.dictionary() != nullptr);
+        checkRow(*row.dictionary(), table);
     }
 }
 
@@ -110,8 +123,8 @@ void shapeAndCheck(const Database& database, const Shape& shape) {
                                   stop = ++reports == database.stopAfter;
                               }});
     check(table->name() && !table->filedList().empty());
-    checkRows(table->rowList(), table->filedList());
-    checkRows(table->deletedRowList(), table->filedList());
+    checkRows(table->rowList(), *table);
+    checkRows(table->deletedRowList(), *table);
 }
 
 std::vector<Shape> shapes(const Database& database) {

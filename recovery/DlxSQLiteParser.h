@@ -59,7 +59,8 @@ public:
     DlxSQLiteParser(const DlxSQLiteParser&) = delete;
     DlxSQLiteParser& operator=(const DlxSQLiteParser&) = delete;
 
-    /// Runs the whole recovery; true when it completed without a stop request. To be run once.
+    /// Runs the whole recovery; true when it completed without a stop request. To be run once, and not from within a
+    /// call of a delegate: another parser may only begin when this one has ended.
     bool parser();
 
     /// The schema table, then one table per schema row of type "table", in schema order.

@@ -15,7 +15,8 @@ public:
     // contactsInfo
     /// The contacts map: from a phone number or an address to the name of its person. Until the domain's own parse has
     /// made the map, the first call parses the database for it, on the calling thread, and others wait. Once made the
-    /// map stays as it is. Nothing while it cannot be made; each call then tries again. Any thread.
+    /// map stays as it is. Nothing while it cannot be made; each call then tries again. No stop flag ends that parse.
+    /// Any thread, but not within a call of a parser's delegate: parsers take turns.
     std::optional<Dictionary> contactsInfo();
     // exportName
     std::optional<std::string> exportName() const override;

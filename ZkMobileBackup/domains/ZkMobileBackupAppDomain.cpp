@@ -1,11 +1,13 @@
 #include "ZkMobileBackup/domains/ZkMobileBackupAppDomain.h"
 
+#include <new>
 #include <utility>
 
 #include "ZkMobileBackup/domains/TzProductName.h"
 #include "ZkMobileBackup/domains/ZkMobileBackupAddressBookDomain.h"
 #include "ZkMobileBackup/domains/domain_factory.h"
 #include "ZkMobileBackup/records/ZkMobileBackupAppDomainRecord.h"
+#include "base/Log.h"
 #include "base/MainQueue.h"
 #include "base/Text.h"
 #include "platform/Files.h"
@@ -83,8 +85,13 @@ void ZkMobileBackupAppDomain::runParser() {
     const auto engine = DlxSQLiteParser::initWithDBData(databaseBytes());
     engine->setSqliteParserDelegate(this);
     setParser(engine);
-    engine->parser();
-    _parserDetails();
+    try {
+        engine->parser();
+        _parserDetails();
+    } catch (const std::bad_alloc&) {
+        // A hostile file may ask for more than there is; what was found until then stays, and the end is reported.
+        writeLog("There is not enough memory for all that a database holds.");
+    }
 }
 
 std::span<const std::uint8_t> ZkMobileBackupAppDomain::databaseBytes() const {

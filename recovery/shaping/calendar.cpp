@@ -35,8 +35,8 @@ void setDate(Dictionary& row, std::string_view column, const Row& item, std::siz
 std::string_view locationOf(const Row& item, KeyIndex& locations) {
     const auto key = cellOf(item, kItemLocationCell);
     if (!key) return {};
-    const auto matches = locations.find(integerValue(*key));
-    return matches.empty() ? std::string_view() : matches.front().row.cell(kLocationTitleCell);
+    const Row* location = locations.findFirst(integerValue(*key));
+    return location != nullptr ? location->cell(kLocationTitleCell) : std::string_view();
 }
 
 Dictionary eventRow(Dictionary row, const Row& item, const EventColumns& columns, KeyIndex& locations) {
@@ -57,7 +57,7 @@ std::shared_ptr<CustomTableObject> shapeCalendar(const Source& source) {
     const EventColumns columns{columnIndex(*items, kEntityTypeColumn), columnIndex(*items, "start_date"),
                                columnIndex(*items, "end_date")};
     if (columns.entityType == kMissingColumn) return shaper.result();
-    KeyIndex locationsByKey(locations->rowList(), kLocationKeyCell);
+    KeyIndex locationsByKey(locations->rowList(), kLocationKeyCell, rowCount(*items));
     shaper.walk(*items, kShare, [&](const Row& item, Origin origin) {
         if (!isEvent(item, columns.entityType)) return;
         shaper.add(eventRow(shaper.newRow(), item, columns, locationsByKey), origin);

@@ -141,12 +141,19 @@ public:
 private:
     /// Rows with the same lists share their keys.
     Dictionary rowWith(const Dictionary& lists) {
-        std::vector<std::string> columns = kPresetColumns;
         std::string names;
-        for (std::size_t i = 0; i < lists.size(); ++i) names.append(columns.emplace_back(lists.keyAt(i))).append(" ");
-        Dictionary row = rowsWithLists_.try_emplace(names, columns).first->second.newRow();
-        row.merge(lists);
+        for (std::size_t i = 0; i < lists.size(); ++i) names.append(lists.keyAt(i)).append(" ");
+        auto rows = rowsWithLists_.find(names);
+        if (rows == rowsWithLists_.end()) rows = rowsWithLists_.emplace(names, RowFactory(columnsWith(lists))).first;
+        Dictionary row = rows->second.newRow();
+        for (std::size_t i = 0; i < lists.size(); ++i) row.setValueAt(row.size() - lists.size() + i, lists.valueAt(i));
         return row;
+    }
+
+    static std::vector<std::string> columnsWith(const Dictionary& lists) {
+        std::vector<std::string> columns = kPresetColumns;
+        for (std::size_t i = 0; i < lists.size(); ++i) columns.push_back(lists.keyAt(i));
+        return columns;
     }
 
     void setDetails(Dictionary& row, const Row& person) const {
@@ -165,7 +172,7 @@ private:
 
 /// How far the persons are, measured by the number of their values: beyond 1 when more persons than values are there.
 double partDone(std::size_t personsDone, const RawTableObject& multiValues) {
-    const std::size_t values = multiValues.rowList().size() + multiValues.deletedRowList().size();
+    const std::size_t values = rowCount(multiValues);
     return values != 0 ? static_cast<double>(personsDone) / static_cast<double>(values) : 0;
 }
 

@@ -19,14 +19,25 @@ public:
         Row row;
     };
 
-    KeyIndex(const RowList& rows, std::size_t column);
+    /// `lookUps` is the number of rows that are joined with these.
+    KeyIndex(const RowList& rows, std::size_t column, std::size_t lookUps);
 
+    /// The first row of a key, null for none.
+    const Row* findFirst(std::int64_t key);
     /// The entries of a key, in the order of their rows. Keys that are asked for in ascending order, as those of a
     /// table mostly are, take constant time each, others that of a binary search.
+    ///
+    /// A hostile file may hold so many rows of one key on both sides that all pairs of them fill any memory: no more
+    /// than mostPairs() are given out, which is far beyond what tables of their sizes hold.
     std::span<const Entry> find(std::int64_t key);
+    std::size_t mostPairs() const { return mostPairs_; }
 
 private:
-    std::vector<Entry> entries_;     // by ascending key
+    std::span<const Entry> entriesOf(std::int64_t key);
+
+    std::vector<Entry> entries_;  // by ascending key
+    std::size_t mostPairs_;
+    std::size_t pairsLeft_;
     std::size_t nearLastFound_ = 0;  // where the next search starts
 };
 

@@ -38,7 +38,7 @@ public:
     MessageJoin(TableShaper& shaper, const Tables& tables)
         : shaper_(shaper),
           messages_(*tables.messages),
-          joinsByMessage_(tables.joins->rowList(), kJoinMessageCell),
+          joinsByMessage_(tables.joins->rowList(), kJoinMessageCell, rowCount(messages_)),
           conversations_(tables.chats->rowList(), kChatKeyCell),
           items_(messages_),
           rows_(kColumnsAndItems) {}
@@ -65,9 +65,11 @@ public:
         Conversation* conversation = key ? conversations_.find(*key) : nullptr;
         if (conversation == nullptr) return;
         const auto identifier = cellOf(chat, kChatIdentifierCell);
-        addRow(partyName(identifier, contactsMap), identifier, conversation->live.shared(), Origin::kLive);
+        const Value& live = conversation->live.shared();
+        const Value& carved = conversation->carved.shared();
+        if (!live.isNull()) shaper_.add(newRow(partyName(identifier, contactsMap), identifier, live), Origin::kLive);
         // Deleted messages are shown without a name, as they have always been.
-        addRow(kUnknownPerson, identifier, conversation->carved.shared(), Origin::kCarved);
+        if (!carved.isNull()) shaper_.add(newRow(kUnknownPerson, identifier, carved), Origin::kCarved);
     }
 
 private:
@@ -79,8 +81,7 @@ private:
             return true;
         }
         if (!join(key, message, origin)) return false;
-        const std::size_t total = messages_.rowList().size() + messages_.deletedRowList().size();
-        const double done = static_cast<double>(position) / static_cast<double>(total);
+        const double done = static_cast<double>(position) / static_cast<double>(rowCount(messages_));
         shaper_.reportValue(shaper_.shapingStart() + done / kHalfDivisor);
         return true;
     }
@@ -96,10 +97,6 @@ private:
             (origin == Origin::kLive ? conversation->live : conversation->carved).append(item);
         }
         return !shaper_.stopped();
-    }
-
-    void addRow(std::string_view name, std::optional<std::string_view> phone, const Value& items, Origin origin) {
-        if (!items.isNull()) shaper_.add(newRow(name, phone, items), origin);
     }
 
     Dictionary newRow(std::string_view name, std::optional<std::string_view> phone, Value items) const {

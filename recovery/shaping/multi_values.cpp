@@ -4,6 +4,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "base/KeyedHash.h"
 #include "base/Text.h"
 #include "base/TextCleaning.h"
 
@@ -79,7 +80,7 @@ public:
 
 private:
     std::vector<Owner> owners_;
-    std::unordered_map<std::string_view, std::size_t> positions_;
+    std::unordered_map<std::string_view, std::size_t, KeyedHash> positions_;
 };
 
 /// Sorts the values of a table into live and carved owners.

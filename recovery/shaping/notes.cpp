@@ -19,7 +19,7 @@ class NoteJoin {
 public:
     NoteJoin(TableShaper& shaper, const RawTableObject& notes, const RawTableObject& bodies)
         : shaper_(shaper),
-          notesByKey_(notes.rowList(), kKeyCell),
+          notesByKey_(notes.rowList(), kKeyCell, rowCount(bodies)),
           rowsWithText_(kColumnsAndText),
           title_(columnIndex(notes, "ZTITLE")),
           modified_(columnIndex(notes, "ZMODIFICATIONDATE")),

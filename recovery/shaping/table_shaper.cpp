@@ -33,7 +33,7 @@ const RawTableObject* TableShaper::rawTable(std::string_view name) const {
 }
 
 void TableShaper::walk(const RawTableObject& driving, ProgressShare share, const ShapeRow& shapeRow) {
-    const auto total = static_cast<double>(driving.rowList().size() + driving.deletedRowList().size());
+    const auto total = static_cast<double>(rowCount(driving));
     visit(driving, [&](const Row& raw, Origin origin, std::size_t position) {
         shapeRow(raw, origin);
         report(share, static_cast<double>(position) / total);
@@ -74,6 +74,10 @@ void TableShaper::reportValue(double process) {
 
 std::size_t columnIndex(const RawTableObject& table, std::string_view name) {
     return static_cast<std::size_t>(indexOfColumn(table.filedList(), name));
+}
+
+std::size_t rowCount(const RawTableObject& table) {
+    return table.rowList().size() + table.deletedRowList().size();
 }
 
 std::optional<std::string_view> cellOf(const Row& raw, std::size_t index) {

@@ -77,6 +77,9 @@ private:
 std::size_t columnIndex(const RawTableObject& table, std::string_view name);
 inline constexpr auto kMissingColumn = static_cast<std::size_t>(-1);
 
+/// Number of a table's rows, live and carved.
+std::size_t rowCount(const RawTableObject& table);
+
 /// A cell, nothing where the row is shorter: carved rows often are.
 std::optional<std::string_view> cellOf(const Row& raw, std::size_t index);
 /// The whole number that a cell begins with; 0 without one and without the cell.

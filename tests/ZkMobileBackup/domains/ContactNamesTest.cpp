@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <latch>
 #include <thread>
 
 #include "ZkMobileBackup/domains/ZkMobileBackupAddressBookDomain.h"
@@ -256,14 +257,33 @@ TEST_F(ContactNames, DomainsParsedTogetherGiveTheRecordsOfOneAfterTheOther) {
     }
 }
 
-TEST_F(ContactNames, MapMayBeAskedForFromManyThreads) {
-    setContacts(addressBookDatabase());
+/// The map as each of many threads gets it that ask while the contacts are parsed.
+std::vector<std::optional<Dictionary>> mapsAskedForTogether(ZkMobileBackupAddressBookDomain& contacts) {
     std::vector<std::optional<Dictionary>> maps(8);
+    std::latch start(static_cast<std::ptrdiff_t>(maps.size()));
     std::vector<std::thread> threads;
-    for (auto& map : maps) threads.emplace_back([this, &map] { map = contacts_->contactsInfo(); });
-    parse(*contacts_);
+    for (auto& map : maps) {
+        threads.emplace_back([&contacts, &start, &map] {
+            start.arrive_and_wait();
+            map = contacts.contactsInfo();
+        });
+    }
+    parse(contacts);
     for (std::thread& thread : threads) thread.join();
-    EXPECT_THAT(maps, testing::Each(testing::Eq(kMap)));
+    return maps;
+}
+
+TEST_F(ContactNames, MapIsMadeOnceForAllThreadsThatAskForIt) {
+    const Bytes bytes = addressBookDatabase();
+    const std::string number = kMap.keyAt(0);
+    for (int round = 0; round < 20; ++round) {
+        setContacts(bytes);
+        const auto maps = mapsAskedForTogether(*contacts_);
+        ASSERT_THAT(maps, testing::Each(testing::Eq(kMap)));
+        // Copies share their content: one address in all of them means that they are copies of one map.
+        const Dictionary kept = *contacts_->contactsInfo();
+        for (const auto& map : maps) EXPECT_EQ(map->find(number), kept.find(number));
+    }
 }
 
 }  // namespace

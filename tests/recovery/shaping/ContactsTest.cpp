@@ -13,9 +13,8 @@ using ::ZkMobileBackup::testing::Cells;
 using ::ZkMobileBackup::testing::columnOf;
 using ::ZkMobileBackup::testing::Database;
 using ::ZkMobileBackup::testing::Entries;
+using ::ZkMobileBackup::testing::keysOf;
 using ::ZkMobileBackup::testing::Report;
-
-using Keys = std::vector<std::string>;
 
 constexpr std::size_t kCompanyCell = 5;
 constexpr std::size_t kNoteCell = 9;
@@ -57,12 +56,6 @@ Cells value(const std::string& owner, const std::string& label, const std::strin
 
 Array texts(const std::vector<std::string>& items) {
     return {items.begin(), items.end()};
-}
-
-Keys keysOf(const Dictionary& dictionary) {
-    Keys keys;
-    for (std::size_t i = 0; i < dictionary.size(); ++i) keys.push_back(dictionary.keyAt(i));
-    return keys;
 }
 
 Entries entriesOf(const Dictionary& dictionary) {

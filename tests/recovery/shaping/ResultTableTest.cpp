@@ -15,13 +15,20 @@ using ::testing::IsEmpty;
 using ::ZkMobileBackup::testing::Database;
 using ::ZkMobileBackup::testing::ZoneGuard;
 
-/// One of the shapings, with a database that yields two live rows, one deleted row and one row that is passed over.
+/// One of the shapings, with a database that yields two live rows and one deleted row.
 struct Shaping {
-    const char* table;
+    std::string table;
     std::vector<std::string> columns;
+    std::vector<std::string> firstKeys;  ///< of a row, behind its identity
     std::shared_ptr<CustomTableObject> (*shape)(const Source& source);
     void (*fill)(Database& database);
+    std::size_t reports;         ///< how many the shaping makes
+    std::size_t firstRowReport;  ///< which one of them, counted from 1, follows the first live row
 };
+
+void PrintTo(const Shaping& shaping, std::ostream* out) {
+    *out << shaping.table;
+}
 
 void fillReminders(Database& database) {
     database.add("CalendarItem", {"ROWID", "summary", "entity_type", "completion_date"},
@@ -45,11 +52,58 @@ void fillNotes(Database& database) {
     database.add("ZNOTEBODY", {"Z_PK", "ZCONTENT"}, {{"1", "text"}, {"2", "text"}, {"9", "dropped"}}, {{"-1", "lost"}});
 }
 
-const Shaping kShapings[] = {
-    {"Reminders", {"title", "list", "status", "date"}, shapeReminders, fillReminders},
-    {"Calendar", {"title", "startdate", "endDate", "location"}, shapeCalendar, fillCalendar},
-    {"BookMark", {"title", "url"}, shapeBookmarks, fillBookmarks},
-    {"Notes", {"title", "date"}, shapeNotes, fillNotes},
+void fillMessages(Database& database) {
+    database.add("message", {"ROWID", "text", "date", "is_from_me"},
+                 {{"1", "a", "0", "0"}, {"2", "b", "0", "1"}, {"3", "in no conversation", "0", "0"}},
+                 {{"4", "gone", "0", "0"}});
+    database.add("chat_message_join", {"chat_id", "message_id"}, {{"7", "1"}, {"8", "2"}, {"8", "4"}});
+    database.add("chat", {"ROWID"}, {{"7", "", "", "", "", "", "123"}, {"8", "", "", "", "", "", "456"}});
+}
+
+void fillContacts(Database& database) {
+    database.add("ABPerson", {"ROWID", "First", "Last", "Organization"},
+                 {{"1", "Ada", "NULL", "Works"}, {"2", "Bob", "NULL", "NULL"}}, {{"3", "Cid", "NULL", "NULL"}});
+    database.add("ABMultiValue", {"UID", "record_id", "label", "value"},
+                 {{"1", "1", "1", "123"}, {"2", "2", "8", "bob@example.com"}}, {{"-1", "3", "7", "Lane 5"}});
+}
+
+void fillCalls(Database& database) {
+    database.add("call", {"ROWID", "address", "date", "duration", "flags"},
+                 {{"1", "123", "0", "60", "0"}, {"2", "456", "0", "0", "0"}}, {{"-1", "789", "0", "60", "5"}});
+}
+
+const std::vector<std::string> kReminderColumns{"title", "list", "status", "date"};
+const std::vector<std::string> kCalendarColumns{"title", "startdate", "endDate", "location"};
+const std::vector<std::string> kBookmarkColumns{"title", "url"};
+const std::vector<std::string> kNoteColumns{"title", "date"};
+const std::vector<std::string> kMessageColumns{"name", "phone", "email"};
+const std::vector<std::string> kContactColumns{"name", "company", "mobilePhoneList", "emailList", "Note", "image"};
+const std::vector<std::string> kCallColumns{"name", "phone", "date", "type", "duration"};
+
+/// Tables that are made in one plain walk, and progress with it.
+const std::vector<Shaping> kPlainShapings{
+    {"Reminders", kReminderColumns, kReminderColumns, shapeReminders, fillReminders, 4, 1},
+    {"Calendar", kCalendarColumns, kCalendarColumns, shapeCalendar, fillCalendar, 4, 1},
+    {"BookMark", kBookmarkColumns, kBookmarkColumns, shapeBookmarks, fillBookmarks, 3, 1},
+    {"Notes", kNoteColumns, kNoteColumns, shapeNotes, fillNotes, 4, 1},
+};
+
+/// Tables that name people. Messages are joined, with four reports, before the first conversation is made a row.
+const std::vector<Shaping> kPeopleShapings{
+    {"Message", kMessageColumns, kMessageColumns, [](const Source& source) { return shapeMessages(source, nullptr); },
+     fillMessages, 6, 5},
+    {"Contacts",
+     kContactColumns,
+     {"name", "company", "Note", "image"},
+     [](const Source& source) {
+         std::optional<Dictionary> contactsMap;
+         return shapeContacts(source, contactsMap);
+     },
+     fillContacts,
+     3,
+     1},
+    {"Call History", kCallColumns, kCallColumns, [](const Source& source) { return shapeCallHistory(source, nullptr); },
+     fillCalls, 3, 1},
 };
 
 class EveryShaping : public ::testing::TestWithParam<Shaping> {
@@ -65,8 +119,14 @@ protected:
     Database database_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Tables, EveryShaping, ::testing::ValuesIn(kShapings),
-                         [](const auto& info) { return std::string(info.param.table); });
+std::string testName(const ::testing::TestParamInfo<Shaping>& info) {
+    std::string name = info.param.table;
+    std::erase(name, ' ');
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(PlainTables, EveryShaping, ::testing::ValuesIn(kPlainShapings), testName);
+INSTANTIATE_TEST_SUITE_P(PeopleTables, EveryShaping, ::testing::ValuesIn(kPeopleShapings), testName);
 
 TEST_P(EveryShaping, IsNamedAndEmptyWithoutRawTables) {
     expectNamedAndEmpty(*shaped());
@@ -91,35 +151,55 @@ TEST_P(EveryShaping, KeepsLiveAndDeletedRowsApart) {
 
 TEST_P(EveryShaping, StopInTheMiddleKeepsTheRowsMadeSoFar) {
     GetParam().fill(database_);
-    database_.stopAfterReports = 1;
+    database_.stopAfterReports = GetParam().firstRowReport;
     const auto table = shaped();
     EXPECT_EQ(table->rowList().size(), 1U);
     EXPECT_TRUE(table->deletedRowList().empty());
-    EXPECT_EQ(database_.reports.size(), 1U);
+    EXPECT_EQ(database_.reports.size(), GetParam().firstRowReport);
 }
 
 TEST_P(EveryShaping, ReportsAfterEachRowAlsoWithoutOutput) {
     GetParam().fill(database_);
-    const std::size_t walked = GetParam().table == std::string("BookMark") ? 3 : 4;
     shaped();
-    ASSERT_EQ(database_.reports.size(), walked);
+    ASSERT_EQ(database_.reports.size(), GetParam().reports);
     for (const auto& report : database_.reports) EXPECT_EQ(report.table, GetParam().table);
     EXPECT_EQ(database_.reports.back().deleted, 1);
     EXPECT_EQ(database_.reports.back().all, 3);
-    EXPECT_EQ(database_.reports.front().deleted, 0);
-    EXPECT_EQ(database_.reports.front().all, 1);
+    const testing::Report& first = database_.reports[GetParam().firstRowReport - 1];
+    EXPECT_EQ(first.deleted, 0);
+    EXPECT_EQ(first.all, 1);
+}
+
+/// Live rows, then deleted ones.
+std::vector<Dictionary> rowsOf(const CustomTableObject& table) {
+    std::vector<Dictionary> rows;
+    for (const RowList* list : {&table.rowList(), &table.deletedRowList()}) {
+        for (const Row& row : *list) rows.push_back(*row.dictionary());
+    }
+    return rows;
 }
 
 TEST_P(EveryShaping, RowsBeginWithAnIdentityAndTheColumnsInOrder) {
     GetParam().fill(database_);
-    const auto table = shaped();
-    for (const Row& row : table->rowList()) {
-        const Dictionary& dictionary = *row.dictionary();
-        EXPECT_EQ(dictionary.keyAt(0), "RowData_Identify_Key");
-        for (std::size_t i = 0; i < GetParam().columns.size(); ++i) {
-            EXPECT_EQ(dictionary.keyAt(i + 1), GetParam().columns[i]);
-        }
+    std::vector<std::string> firstKeys = GetParam().firstKeys;
+    firstKeys.insert(firstKeys.begin(), "RowData_Identify_Key");
+    for (const Dictionary& row : rowsOf(*shaped())) {
+        std::vector<std::string> keys = testing::keysOf(row);
+        keys.resize(firstKeys.size());
+        EXPECT_EQ(keys, firstKeys);
     }
+}
+
+TEST_P(EveryShaping, RowsHaveIdentitiesOfTheirOwn) {
+    GetParam().fill(database_);
+    // Tables that are alive together keep their rows apart, too.
+    const auto first = shaped();
+    const auto second = shaped();
+    std::set<std::string> identities;
+    for (const auto& table : {first, second}) {
+        for (const Dictionary& row : rowsOf(*table)) identities.insert(*row.text("RowData_Identify_Key"));
+    }
+    EXPECT_EQ(identities.size(), 6U);
 }
 
 TEST_P(EveryShaping, CalledTwiceBuildsTwoTables) {
@@ -127,18 +207,29 @@ TEST_P(EveryShaping, CalledTwiceBuildsTwoTables) {
     const auto first = shaped();
     const auto second = shaped();
     EXPECT_NE(first, second);
-    EXPECT_EQ(testing::entriesOf(first->rowList()), testing::entriesOf(second->rowList()));
+    EXPECT_EQ(testing::contentOf(first->rowList()), testing::contentOf(second->rowList()));
     EXPECT_EQ(first->rowList().size(), 2U);
+}
+
+/// Name, columns and rows of every raw table.
+std::vector<testing::Cells> textsOf(const Database& database) {
+    std::vector<testing::Cells> texts;
+    for (const auto& table : database.tables) {
+        texts.push_back({*table->name()});
+        texts.push_back(table->filedList());
+        for (const RowList* rows : {&table->rowList(), &table->deletedRowList()}) {
+            for (const Row& row : *rows) texts.push_back(row.texts());
+            texts.push_back({"end of rows"});
+        }
+    }
+    return texts;
 }
 
 TEST_P(EveryShaping, LeavesTheRawTablesAsTheyAre) {
     GetParam().fill(database_);
-    std::vector<std::vector<std::string>> before;
-    for (const Row& row : database_.tables[0]->rowList()) before.push_back(row.texts());
+    const auto before = textsOf(database_);
     shaped();
-    std::vector<std::vector<std::string>> after;
-    for (const Row& row : database_.tables[0]->rowList()) after.push_back(row.texts());
-    EXPECT_EQ(after, before);
+    EXPECT_EQ(textsOf(database_), before);
 }
 
 TEST_P(EveryShaping, NeedsNobodyToReportTo) {
@@ -180,7 +271,7 @@ TEST_P(EveryShaping, UsesTheFirstOfTwoTablesOfOneName) {
 
 TEST_P(EveryShaping, FindsColumnsWhateverTheirLetterCase) {
     GetParam().fill(database_);
-    const auto expected = testing::entriesOf(shaped()->rowList());
+    const auto expected = testing::contentOf(shaped()->rowList());
     for (const auto& table : database_.tables) {
         for (std::string& column : table->filedList()) {
             for (char& c : column) {
@@ -188,7 +279,7 @@ TEST_P(EveryShaping, FindsColumnsWhateverTheirLetterCase) {
             }
         }
     }
-    EXPECT_EQ(testing::entriesOf(shaped()->rowList()), expected);
+    EXPECT_EQ(testing::contentOf(shaped()->rowList()), expected);
 }
 
 TEST_P(EveryShaping, RowsWithoutCellsDoNoHarm) {
@@ -257,7 +348,7 @@ TEST(Progress, OfNotesIsExactly) {
 }
 
 TEST(Progress, OfTheFirstDatabaseLiesInItsShare) {
-    for (const Shaping& shaping : kShapings) {
+    for (const Shaping& shaping : kPlainShapings) {
         Database database;
         shaping.fill(database);
         database.shaped(shaping.shape);
@@ -269,7 +360,7 @@ TEST(Progress, OfTheFirstDatabaseLiesInItsShare) {
 }
 
 TEST(Progress, OfTheSeventhDatabaseGoesBeyondOne) {
-    for (const Shaping& shaping : kShapings) {
+    for (const Shaping& shaping : kPlainShapings) {
         Database database;
         database.dbIndex = 6;
         shaping.fill(database);

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <atomic>
+#include <gtest/gtest.h>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,6 +24,16 @@ struct Report {
     std::string table;
     bool operator==(const Report&) const = default;
 };
+
+inline void PrintTo(const Report& report, std::ostream* out) {
+    *out << report.table << " at " << ::testing::PrintToString(report.process) << ": " << report.deleted << " of "
+         << report.all << " deleted";
+}
+
+inline Report reportOf(const Dictionary& progress) {
+    return {*progress.find(kBackupProcessKey)->floating(), *progress.find(kBackupDeletedDataKey)->integer(),
+            *progress.find(kBackupAllDataKey)->integer(), *progress.text(kBackupIdentifyKey)};
+}
 
 /// A parsed database that is made up row by row, and a recorder of what a shaping reports.
 struct Database {
@@ -56,14 +68,25 @@ struct Database {
     }
 
     void record(const Dictionary& progress) {
-        reports.push_back({*progress.find("Backup_Process_Key")->floating(),
-                           *progress.find("Backup_Deleted_Data_Key")->integer(),
-                           *progress.find("Backup_All_Data_Key")->integer(), *progress.text("Backup_identify_Key")});
+        reports.push_back(reportOf(progress));
         if (reports.size() == stopAfterReports) stop = true;
     }
 };
 
-/// A result row without its identity, in its own order.
+inline std::vector<std::string> keysOf(const Dictionary& dictionary) {
+    std::vector<std::string> keys;
+    for (std::size_t i = 0; i < dictionary.size(); ++i) keys.push_back(dictionary.keyAt(i));
+    return keys;
+}
+
+/// Result rows without their identities.
+inline std::vector<Dictionary> contentOf(const RowList& rows) {
+    std::vector<Dictionary> content;
+    for (const Row& row : rows) content.emplace_back(*row.dictionary()).remove(kRowIdentityKey);
+    return content;
+}
+
+/// A result row of texts alone without its identity, in its own order.
 inline Entries entriesOf(const Row& row) {
     Entries entries;
     const Dictionary& dictionary = *row.dictionary();
