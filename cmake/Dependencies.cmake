@@ -17,3 +17,10 @@ if(ZKMB_SANITIZERS MATCHES "thread")
   # The thread sanitizer does not know fences; without them Asio uses plain atomic operations.
   target_compile_definitions(zkmb_asio INTERFACE ASIO_DISABLE_FENCED_BLOCK)
 endif()
+
+# The archive and not the shared object, so that hosts get minizip's functions from this library.
+find_library(ZKMB_MINIZIP_ARCHIVE NAMES libminizip.a REQUIRED)
+add_library(zkmb_minizip_archive STATIC IMPORTED)
+set_target_properties(zkmb_minizip_archive PROPERTIES
+  IMPORTED_LOCATION ${ZKMB_MINIZIP_ARCHIVE}
+  INTERFACE_LINK_LIBRARIES ZLIB::ZLIB)

@@ -2,26 +2,18 @@
 include(cmake/PublicHeaders.cmake)
 include(CMakePackageConfigHelpers)
 
-# The archive and not the shared object, so that hosts get minizip's functions from this library.
-find_library(ZKMB_MINIZIP_ARCHIVE NAMES libminizip.a REQUIRED)
-add_library(zkmb_minizip_archive STATIC IMPORTED)
-set_target_properties(zkmb_minizip_archive PROPERTIES
-  IMPORTED_LOCATION ${ZKMB_MINIZIP_ARCHIVE}
-  INTERFACE_LINK_LIBRARIES ZLIB::ZLIB)
-
 get_property(zkmb_components GLOBAL PROPERTY ZKMB_COMPONENTS)
 add_library(ZkMobileBackup SHARED)
 add_library(ZkMobileBackup::ZkMobileBackup ALIAS ZkMobileBackup)
 target_sources(ZkMobileBackup PUBLIC
   FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${ZKMB_PUBLIC_HEADERS})
 target_compile_features(ZkMobileBackup INTERFACE cxx_std_20)
-target_link_libraries(ZkMobileBackup PRIVATE
-  ${zkmb_components}
-  $<LINK_LIBRARY:WHOLE_ARCHIVE,zkmb_minizip_archive>)
+target_link_libraries(ZkMobileBackup PRIVATE ${zkmb_components})
 set_target_properties(ZkMobileBackup PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR}
   LINKER_LANGUAGE CXX
+  LINK_LIBRARY_OVERRIDE WHOLE_ARCHIVE,zkmb_minizip_archive
   LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/ZkMobileBackup.map)
 target_link_options(ZkMobileBackup PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/ZkMobileBackup.map)
 if(NOT ZKMB_SANITIZERS)

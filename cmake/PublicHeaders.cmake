@@ -35,15 +35,29 @@ set(ZKMB_PUBLIC_HEADERS
   base/Image.h
   base/Log.h
   base/MainQueue.h
+  base/Profile.h
+  base/Resources.h
+  base/Termination.h
   base/TextCleaning.h
   base/Value.h
   base/Version.h
   export/DlxExportType.h
   export/DlxExporter.h
+  export/DocxCreator.h
   export/ExportRows.h
   export/FileCreator.h
   export/HtmlCreator.h
   export/IllegalCharacters.h
+  export/NumbersCreator.h
+  export/PackagedCreator.h
+  export/PagesCreator.h
+  export/PartWritingCreator.h
+  export/TableInsert.h
+  export/WriteNumberFiles.h
+  export/WritePagesFiles.h
+  export/WriteXlsxFile.h
+  export/XlsxCreater.h
+  export/ZipArchive.h
   recovery/ByteFunctions.h
   recovery/Converter.h
   recovery/DlxSQLiteDBHeader.h

@@ -5,7 +5,11 @@
 
 #include "base/MainQueue.h"
 #include "base/Text.h"
+#include "export/DocxCreator.h"
 #include "export/HtmlCreator.h"
+#include "export/NumbersCreator.h"
+#include "export/PagesCreator.h"
+#include "export/XlsxCreater.h"
 #include "platform/Files.h"
 #include "platform/GlobalQueue.h"
 
@@ -15,6 +19,7 @@ namespace ZkMobileBackup {
 struct DlxExporter::Job {
     const DlxExportType type;
     const std::string path;  // absolute
+    const Profile profile;
     std::vector<std::string> writtenPaths;
     std::string firstFailure;
 };
@@ -27,6 +32,10 @@ struct DlxExporter::Writer {
 
 const DlxExporter::Writer DlxExporter::kWriters[] = {
     {DlxExportType::kHtml, &DlxExporter::htmlExporterWithData},
+    {DlxExportType::kDocx, &DlxExporter::docxExporterWithData},
+    {DlxExportType::kXlsx, &DlxExporter::xlsxExporterWithData},
+    {DlxExportType::kNumbers, &DlxExporter::numbersExporterWithData},
+    {DlxExportType::kPages, &DlxExporter::pagesExporterWithData},
 };
 
 DlxExporterDelegate::~DlxExporterDelegate() = default;
@@ -57,7 +66,7 @@ void DlxExporter::recoveryBackupData(Tables data, DlxExportType outputType, cons
 }
 
 void DlxExporter::startJob(DlxExportType type, const std::string& path, std::function<void(Job& job)> run) {
-    const auto job = std::make_shared<Job>(Job{type, absolutePath(path), {}, {}});
+    const auto job = std::make_shared<Job>(Job{type, absolutePath(path), profile(), {}, {}});
     std::shared_ptr<const void> owner;
     {
         const std::lock_guard lock(mutex_);
@@ -105,6 +114,7 @@ bool DlxExporter::writeFile(Job& job, const Rows& rows, const std::string& path,
         return false;
     }
     const std::shared_ptr<FileCreator> creator = (this->*writer->make)(rows, path);
+    creator->setProfile(job.profile);
     creator->setFileCreatorDelegate(this);
     creator->setIndex(static_cast<std::int64_t>(index));
     creator->setCount(static_cast<std::int64_t>(count));
@@ -134,6 +144,22 @@ void DlxExporter::noteOutcome(Job& job, const FileCreator& creator) {
 
 std::shared_ptr<FileCreator> DlxExporter::htmlExporterWithData(Rows data, std::string outputPath) const {
     return HtmlCreator::initWithDictionary(std::move(data), std::move(outputPath));
+}
+
+std::shared_ptr<FileCreator> DlxExporter::docxExporterWithData(Rows data, std::string outputPath) const {
+    return DocxCreator::initWithDictionary(std::move(data), std::move(outputPath));
+}
+
+std::shared_ptr<FileCreator> DlxExporter::xlsxExporterWithData(Rows data, std::string outputPath) const {
+    return XlsxCreater::initWithDictionary(std::move(data), std::move(outputPath));
+}
+
+std::shared_ptr<FileCreator> DlxExporter::numbersExporterWithData(Rows data, std::string outputPath) const {
+    return NumbersCreator::initWithDictionary(std::move(data), std::move(outputPath));
+}
+
+std::shared_ptr<FileCreator> DlxExporter::pagesExporterWithData(Rows data, std::string outputPath) const {
+    return PagesCreator::initWithDictionary(std::move(data), std::move(outputPath));
 }
 
 std::string DlxExporter::GetOutPutFile(std::string_view path) const {

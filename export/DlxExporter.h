@@ -68,6 +68,13 @@ public:
     // htmlExporterWithData:outputPath:
     /// A writer of HTML; `outputPath` has no extension.
     std::shared_ptr<FileCreator> htmlExporterWithData(Rows data, std::string outputPath) const;
+    // docxExporterWithData:outputPath:, xlsxExporterWithData:outputPath:, numbersExporterWithData:outputPath:,
+    // pagesExporterWithData:outputPath:
+    /// Writers of the other formats, likewise.
+    std::shared_ptr<FileCreator> docxExporterWithData(Rows data, std::string outputPath) const;
+    std::shared_ptr<FileCreator> xlsxExporterWithData(Rows data, std::string outputPath) const;
+    std::shared_ptr<FileCreator> numbersExporterWithData(Rows data, std::string outputPath) const;
+    std::shared_ptr<FileCreator> pagesExporterWithData(Rows data, std::string outputPath) const;
 
     // GetOutPutFile:
     /// The path itself when nothing stands there, else the first free one with "(0)", "(1)", ... before its extension.
@@ -83,6 +90,11 @@ public:
 
     /// Whether documents of this type can be written.
     static bool canWrite(DlxExportType type);
+
+    // profile, setProfile:
+    /// The manner in which documents are written, kLegacy at first. Meant for the jobs that are started later.
+    Profile profile() const { return profile_.load(std::memory_order_relaxed); }
+    void setProfile(Profile profile) { profile_.store(profile, std::memory_order_relaxed); }
 
     /// The files that the job started last has written so far, in the order of writing.
     std::vector<std::string> writtenPaths() const;
@@ -113,6 +125,7 @@ private:
 
     std::atomic<DlxExporterDelegate*> delegate_{nullptr};  // not owned
     std::atomic<bool> isStop_{false};
+    std::atomic<Profile> profile_{Profile::kLegacy};
 
     mutable std::mutex mutex_;
     // Guarded by mutex_:

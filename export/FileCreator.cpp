@@ -3,6 +3,7 @@
 #include <optional>
 #include <utility>
 
+#include "base/Log.h"
 #include "base/Text.h"
 #include "export/IllegalCharacters.h"
 #include "platform/Files.h"
@@ -70,6 +71,7 @@ std::shared_ptr<FileCreator> FileCreator::init() {
     return std::shared_ptr<FileCreator>(new FileCreator);
 }
 
+FileCreator::FileCreator() = default;
 FileCreator::~FileCreator() = default;
 
 void FileCreator::startConvert() {}
@@ -97,16 +99,41 @@ std::string FileCreator::GetOutPutFile(std::string_view path) const {
 }
 
 void FileCreator::reportFraction(double fraction) {
-    if (count_ < 1) return extportProcess(fraction);
+    extportProcess(fractionOfBatch(fraction));
+}
+
+double FileCreator::fractionOfBatch(double fraction) const {
+    if (count_ < 1) return fraction;
     const auto files = static_cast<double>(count_);
-    extportProcess(fraction / files + static_cast<double>(index_) / files);
+    return fraction / files + static_cast<double>(index_) / files;
+}
+
+std::string FileCreator::documentPath(const std::string& savePath, DlxExportType type) {
+    return withExtension(savePath, fileExtension(type));
 }
 
 void FileCreator::writeDocument(const std::string& savePath, DlxExportType type, std::string_view bytes) {
     // The free name is claimed while writing; asked for beforehand, another job could take it meanwhile.
-    WrittenFile file = writeNewFile(withExtension(savePath, fileExtension(type)), bytes);
+    noteWritten(writeNewFile(documentPath(savePath, type), bytes));
+}
+
+void FileCreator::claimDocument(const std::string& temporaryPath, const std::string& path) {
+    noteWritten(moveToFreeName(temporaryPath, path));
+}
+
+void FileCreator::noteWritten(WrittenFile file) {
     writtenPath_ = std::move(file.path);
-    failure_ = std::move(file.failure);
+    noteFailure(file.failure);
+}
+
+void FileCreator::noteFailure(const std::string& failure) {
+    if (failure.empty()) return;
+    writeLog(failure);
+    if (failure_.empty()) failure_ = failure;
+}
+
+void FileCreator::takeFailure(const FileCreator& writer) {
+    if (failure_.empty()) failure_ = writer.failure_;
 }
 
 }  // namespace ZkMobileBackup

@@ -7,10 +7,13 @@
 #include <string_view>
 
 #include "base/Api.h"
+#include "base/Profile.h"
 #include "base/Value.h"
 #include "export/DlxExportType.h"
 
 namespace ZkMobileBackup {
+
+struct WrittenFile;
 
 /// Hears of the work of one writer, on the thread on which the writer runs. ("extport" stands for export.)
 class ZKMB_API FileCreatorDelegate {
@@ -39,7 +42,7 @@ public:
 
     // fileCreatorDelegate, setFileCreatorDelegate:
     FileCreatorDelegate* fileCreatorDelegate() const { return delegate_; }
-    void setFileCreatorDelegate(FileCreatorDelegate* delegate) { delegate_ = delegate; }
+    virtual void setFileCreatorDelegate(FileCreatorDelegate* delegate) { delegate_ = delegate; }
 
     // isStop, setIsStop:
     /// The request to stop, false at first. May be set from any thread at any time.
@@ -49,12 +52,12 @@ public:
     // index, setIndex:
     /// Position of the file in its batch, from 0.
     std::int64_t index() const { return index_; }
-    void setIndex(std::int64_t index) { index_ = index; }
+    virtual void setIndex(std::int64_t index) { index_ = index; }
 
     // count, setCount:
     /// Number of files in the batch; below 1 the file counts as the whole.
     std::int64_t count() const { return count_; }
-    void setCount(std::int64_t count) { count_ = count; }
+    virtual void setCount(std::int64_t count) { count_ = count; }
 
     // startConvert
     /// Makes the file. The base makes none.
@@ -77,25 +80,43 @@ public:
 
     // --- Additions of ours -------------------------------------------------------------------------------------------
 
+    // profile, setProfile:
+    /// The manner in which the document is written, kLegacy at first.
+    Profile profile() const { return profile_; }
+    virtual void setProfile(Profile profile) { profile_ = profile; }
+
     /// Where the file was written; empty as long as there is none.
     const std::string& writtenPath() const { return writtenPath_; }
-    /// Why the file could not be written; empty without a failure.
+    /// The first thing that failed; empty without a failure. A file may have been written all the same.
     const std::string& failure() const { return failure_; }
+    /// Where a fraction of this file, from 0 to 1, lies in the whole batch.
+    double fractionOfBatch(double fraction) const;
 
 protected:
-    FileCreator() = default;
+    FileCreator();
 
     /// Tells the delegate how far this file has come, `fraction` from 0 to 1 being put into its slice of the batch.
     void reportFraction(double fraction);
 
+    /// The path at which a document of the format is to stand, its name being free.
+    static std::string documentPath(const std::string& savePath, DlxExportType type);
     /// Writes the bytes to the first free name of the format after `savePath` and notes what became of it.
     void writeDocument(const std::string& savePath, DlxExportType type, std::string_view bytes);
+    /// Moves a finished file of the same folder to the first free name after `path` and notes what became of it.
+    void claimDocument(const std::string& temporaryPath, const std::string& path);
+    /// Logs a failure, and keeps it when it is the first one; an empty text is none.
+    void noteFailure(const std::string& failure);
+    /// Keeps the failure of a writer that worked for this one, and has logged it, when it is the first one.
+    void takeFailure(const FileCreator& writer);
 
 private:
+    void noteWritten(WrittenFile file);
+
     FileCreatorDelegate* delegate_ = nullptr;  // not owned
     std::atomic<bool> isStop_{false};
     std::int64_t index_ = 0;
     std::int64_t count_ = 0;
+    Profile profile_ = Profile::kLegacy;
     std::string writtenPath_;
     std::string failure_;
 };

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "export/progress.h"
 #include "platform/Xml.h"
 
 namespace ZkMobileBackup {
@@ -19,16 +20,6 @@ constexpr const char* kDocumentType =
 constexpr const char* kHeaderStyle =
     "background-color:#6699cc;color:#ffffff;font-size:13px;text-align:left;padding:3px 5px 3px 5px;";
 constexpr const char* kCellStyle = "background-color:#ffffff;font-size:12px;padding:3px 5px 3px 5px;";
-
-// How far the file has come.
-constexpr double kSkeletonDone = 0.2;
-constexpr double kShareOfRows = 0.6;
-constexpr double kFileDone = 1.0;
-
-double fractionOfRows(std::size_t rows, std::size_t all) {
-    const double quotient = all == 0 ? 0.0 : static_cast<double>(rows) / static_cast<double>(all);
-    return quotient * kShareOfRows + kSkeletonDone;
-}
 
 }  // namespace
 

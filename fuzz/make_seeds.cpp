@@ -5,10 +5,12 @@
 #include <iostream>
 #include <string>
 
+#include "export/ZipCipher.h"
 #include "tests/support/ByteBuilder.h"
 #include "tests/support/DatabaseBuilder.h"
 #include "tests/support/Files.h"
 #include "tests/support/ManifestBuilder.h"
+#include "tests/support/ZipBuilder.h"
 
 using namespace ZkMobileBackup;
 
@@ -133,6 +135,31 @@ void writePropertyLists(const std::string& folder) {
     writeBytes(folder + "/binary.plist", binary.bytes());
 }
 
+/// A stored entry; the random bytes of its header are zeros.
+ZipBuilderEntry encryptedEntry(std::string_view content, const std::string& password) {
+    ZipBuilderEntry entry{.name = "encrypted", .flags = 1, .checksum = zipChecksum(content)};
+    entry.claimedSize = static_cast<std::uint32_t>(content.size());
+    std::vector<std::uint8_t> bytes(ZipCipher::kHeaderSize);
+    bytes.back() = static_cast<std::uint8_t>(entry.checksum >> 24);
+    bytes.insert(bytes.end(), content.begin(), content.end());
+    ZipCipher(password).encrypt(bytes);
+    entry.storedBytes.assign(bytes.begin(), bytes.end());
+    return entry;
+}
+
+void writeZips(const std::string& folder) {
+    const std::string text(5000, 'x');
+    writeText(folder + "/stored.zip", ZipBuilder().addFile("a", "text").addFile("folder/", "").bytes());
+    writeText(folder + "/deflated.zip",
+              ZipBuilder().add({.name = "word\\document.xml", .storedBytes = deflated(text), .method = 8}).bytes());
+    writeText(folder + "/broken_off.zip",
+              ZipBuilder().add({.name = "a/../b", .storedBytes = deflated(text).substr(0, 9), .method = 8}).bytes());
+    writeText(folder + "/leaving.zip", ZipBuilder().addFile("../evil", "x").bytes());
+    writeText(folder + "/through_link.zip", ZipBuilder().addFile("link/evil", "x").bytes());
+    writeText(folder + "/without_entries.zip", "before" + ZipBuilder().bytes());
+    writeText(folder + "/encrypted.zip", ZipBuilder().add(encryptedEntry("secret", "password")).bytes());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -146,6 +173,7 @@ int main(int argc, char** argv) {
         writeSchemaTexts(corpus + "/fuzz_schema_text");
         writeManifests(corpus + "/fuzz_manifest");
         writePropertyLists(corpus + "/fuzz_plist");
+        writeZips(corpus + "/fuzz_zip");
         return 0;
     } catch (const std::exception& error) {
         std::cerr << "make_seeds: " << error.what() << '\n';

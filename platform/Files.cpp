@@ -16,6 +16,8 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "platform/FileDescriptor.h"
+#include "platform/FileReplacement.h"
 
 namespace ZkMobileBackup {
 
@@ -26,23 +28,6 @@ namespace fs = std::filesystem;
 std::string textOfError(int error) {
     return std::generic_category().message(error);
 }
-
-/// An open file, closed with the object.
-class FileDescriptor {
-public:
-    explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
-    ~FileDescriptor() { close(); }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-
-    bool isOpen() const { return descriptor_ >= 0; }
-    int get() const { return descriptor_; }
-    /// False when bytes written before could not be stored after all.
-    bool close() { return descriptor_ < 0 || ::close(std::exchange(descriptor_, -1)) == 0; }
-
-private:
-    int descriptor_;
-};
 
 /// Bytes that `::read` puts at `target`; 0 at the end of the file, negative on failure.
 ssize_t readSome(int descriptor, std::uint8_t* target, std::size_t count) {
@@ -81,54 +66,49 @@ std::string withoutEvery(std::string text, std::string_view part) {
     return text;
 }
 
-/// A file that is being written under a name of its own in the folder of its later path; removed with the object unless
-/// it was moved.
+/// A file under a name of its own in the folder of its later path; removed with the object unless it was moved.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(std::string folder) : folder_(std::move(folder)), file_(create()) {
-        if (!file_.isOpen()) error_ = errno;
-    }
+    /// A file that stands at `path`.
+    explicit TemporaryFile(std::string path) : path_(std::move(path)) {}
     ~TemporaryFile() {
         if (!path_.empty()) ::unlink(path_.c_str());
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    /// Writes and flushes; false on failure.
-    bool write(std::string_view bytes) {
-        while (error_ == 0 && !bytes.empty()) bytes.remove_prefix(writeSome(bytes));
-        if (error_ == 0 && ::fsync(file_.get()) != 0) error_ = errno;
-        if (!file_.close() && error_ == 0) error_ = errno;
-        return error_ == 0;
+    /// Makes the file, with the bytes; false on failure.
+    bool create(std::string_view bytes) {
+        FileDescriptor file(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadableByAll));
+        if (!file.isOpen()) {
+            error_ = errno;
+            path_.clear();  // whoever owns what stands there
+            return false;
+        }
+        return succeeded(file.write(bytes)) && flushAndClose(file);
+    }
+
+    /// Waits until the file's content is stored; false on failure.
+    bool flush() {
+        FileDescriptor file(::open(path_.c_str(), O_RDONLY | O_CLOEXEC));
+        return succeeded(file.isOpen()) && flushAndClose(file);
     }
 
     /// Gives the file its name; false on failure, with EEXIST when the name is taken.
     bool moveTo(const std::string& path) {
-        error_ = moveWithoutReplacing(path) ? 0 : errno;
-        if (error_ == 0) path_.clear();
-        return error_ == 0;
+        const bool moved = moveWithoutReplacing(path);
+        if (moved) path_.clear();
+        return succeeded(moved);
     }
 
     int error() const { return error_; }
 
 private:
-    int create() {
-        static std::atomic<unsigned> counter{0};
-        int descriptor = -1;
-        do {
-            path_ = joinedPath(folder_, fmt::format(".zkmb-{}-{}", ::getpid(), counter++));
-            descriptor = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadableByAll);
-        } while (descriptor < 0 && errno == EEXIST);
-        if (descriptor < 0) path_.clear();
-        return descriptor;
+    bool succeeded(bool done) {
+        if (!done) error_ = errno;
+        return done;
     }
-
-    std::size_t writeSome(std::string_view bytes) {
-        const ssize_t written = ::write(file_.get(), bytes.data(), bytes.size());
-        if (written >= 0) return static_cast<std::size_t>(written);
-        if (errno != EINTR) error_ = errno;
-        return 0;
-    }
+    bool flushAndClose(FileDescriptor& file) { return succeeded(::fsync(file.get()) == 0) && succeeded(file.close()); }
 
     bool moveWithoutReplacing(const std::string& path) const {
         if (::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0) return true;
@@ -139,10 +119,8 @@ private:
 
     static constexpr mode_t kReadableByAll = 0666;  // less what the process masks
 
-    std::string folder_;
     std::string path_;  // empty without a file
     int error_ = 0;
-    FileDescriptor file_;
 };
 
 std::string folderOf(const std::string& path) {
@@ -151,7 +129,15 @@ std::string folderOf(const std::string& path) {
 }
 
 WrittenFile notWritten(const std::string& path, int error) {
-    return {{}, fmt::format("Cannot write '{}': {}.", path, textOfError(error))};
+    return {{}, writeFailure(path, error)};
+}
+
+WrittenFile claimFreeName(TemporaryFile& file, const std::string& path) {
+    for (;;) {
+        std::string freePath = freeOutputPath(path);
+        if (file.moveTo(freePath)) return {std::move(freePath), {}};
+        if (file.error() != EEXIST) return notWritten(path, file.error());
+    }
 }
 
 }  // namespace
@@ -213,6 +199,21 @@ std::optional<std::string> homeFolder() {
     return found->pw_dir;
 }
 
+std::optional<std::string> applicationSupportFolder() {
+    constexpr const char* kOwnFolder = "ZkMobileBackup";
+    // A relative path is to be ignored: it would name another folder in every working directory.
+    const char* dataHome = std::getenv("XDG_DATA_HOME");
+    if (dataHome != nullptr && *dataHome == '/') return joinedPath(dataHome, kOwnFolder);
+    const std::optional<std::string> home = homeFolder();
+    if (!home) return std::nullopt;
+    return joinedPath(joinedPath(*home, ".local/share"), kOwnFolder);
+}
+
+void removeTree(const std::string& path) {
+    std::error_code error;
+    fs::remove_all(path, error);
+}
+
 std::string freeOutputPath(const std::string& path) {
     if (!entryExists(path)) return path;
     const std::string name(lastPathComponent(path));
@@ -226,14 +227,41 @@ std::string freeOutputPath(const std::string& path) {
     }
 }
 
+std::string writeFailure(const std::string& path, int error) {
+    return fmt::format("Cannot write '{}': {}.", path, textOfError(error));
+}
+
+std::string temporaryPathBeside(const std::string& path) {
+    static std::atomic<unsigned> counter{0};
+    std::string candidate;
+    do {
+        candidate = joinedPath(folderOf(path), fmt::format(".zkmb-{}-{}", ::getpid(), counter++));
+    } while (entryExists(candidate));
+    return candidate;
+}
+
+std::string makeFolderBeside(const std::string& path) {
+    std::string folder = temporaryPathBeside(path);
+    if (::mkdir(folder.c_str(), S_IRWXU) != 0) folder.clear();
+    return folder;
+}
+
 WrittenFile writeNewFile(const std::string& path, std::string_view bytes) {
-    TemporaryFile file(folderOf(path));
-    if (!file.write(bytes)) return notWritten(path, file.error());
-    for (;;) {
-        std::string freePath = freeOutputPath(path);
-        if (file.moveTo(freePath)) return {std::move(freePath), {}};
-        if (file.error() != EEXIST) return notWritten(path, file.error());
-    }
+    TemporaryFile file(temporaryPathBeside(path));
+    if (!file.create(bytes)) return notWritten(path, file.error());
+    return claimFreeName(file, path);
+}
+
+WrittenFile moveToFreeName(const std::string& temporaryPath, const std::string& path) {
+    TemporaryFile file(temporaryPath);
+    if (!file.flush()) return notWritten(path, file.error());
+    return claimFreeName(file, path);
+}
+
+std::string replaceFile(const std::string& path, std::string_view bytes) {
+    FileReplacement file(path);
+    file.append(bytes);
+    return file.finish();
 }
 
 }  // namespace ZkMobileBackup

@@ -30,9 +30,20 @@ std::string absolutePath(const std::string& path);
 /// HOME, else the home folder of the password entry; nothing without either. Looked up at each call.
 std::optional<std::string> homeFolder();
 
+/// The folder for data of the library's own: "ZkMobileBackup" in XDG_DATA_HOME, else in ".local/share" of the home
+/// folder; nothing without either. Looked up at each call. It need not exist.
+std::optional<std::string> applicationSupportFolder();
+
+/// Removes a file, or a folder with all it holds, following no link. What is not there is no failure; what cannot be
+/// removed stays.
+void removeTree(const std::string& path);
+
 /// A path at which no entry stands yet: `path` itself, else "(0)", "(1)", ... put before its extension. Earlier
 /// occurrences of the same number text within the name, not the folders, are removed first; numbering starts at 0.
 std::string freeOutputPath(const std::string& path);
+
+/// The sentence about a file that could not be written, from a value of errno.
+std::string writeFailure(const std::string& path, int error);
 
 /// What became of a file that was to be written.
 struct WrittenFile {
@@ -44,5 +55,19 @@ struct WrittenFile {
 /// moved to the first free name after `path` (see freeOutputPath), also when others claim names meanwhile. On failure
 /// nothing stays behind.
 WrittenFile writeNewFile(const std::string& path, std::string_view bytes);
+
+/// Writes a file that replaces another of its name: readers find the old one or the whole new one. On failure nothing
+/// stays behind. Returns an empty text, or the reason of the failure.
+std::string replaceFile(const std::string& path, std::string_view bytes);
+
+/// A new, empty folder in the folder of `path`, for what is to be moved to `path` once it is complete. An empty text on
+/// failure, with the reason in errno.
+std::string makeFolderBeside(const std::string& path);
+/// Flushes the file and moves it to the first free name after `path`, as writeNewFile does; both are in one file
+/// system. On failure it is removed.
+WrittenFile moveToFreeName(const std::string& temporaryPath, const std::string& path);
+
+/// A path in the folder of `path` at which no entry stands, for a file that is soon moved or removed.
+std::string temporaryPathBeside(const std::string& path);
 
 }  // namespace ZkMobileBackup

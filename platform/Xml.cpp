@@ -7,6 +7,9 @@ namespace ZkMobileBackup {
 
 namespace {
 
+constexpr const char* kIndentation = "\t";
+constexpr unsigned kPrettyPrint = pugi::format_indent | pugi::format_no_empty_element_tags;
+
 /// Reads the next character; negative for bytes that are no valid UTF-8.
 UChar32 nextCharacter(std::string_view text, std::int64_t& position) {
     UChar32 character = 0;
@@ -25,15 +28,6 @@ bool isPlainText(std::string_view text) {
     bool plain = true;
     for (const char c : text) plain &= static_cast<signed char>(c) >= 0x20;
     return plain;
-}
-
-bool isXmlText(std::string_view text) {
-    if (isPlainText(text)) return true;
-    const auto length = static_cast<std::int64_t>(text.size());
-    for (std::int64_t i = 0; i < length;) {
-        if (!isCarriedByXml(nextCharacter(text, i))) return false;
-    }
-    return true;
 }
 
 /// Appends what pugixml prints to a text.
@@ -57,6 +51,15 @@ void setXmlText(Target target, std::string_view text) {
 }
 
 }  // namespace
+
+bool isXmlText(std::string_view text) {
+    if (isPlainText(text)) return true;
+    const auto length = static_cast<std::int64_t>(text.size());
+    for (std::int64_t i = 0; i < length;) {
+        if (!isCarriedByXml(nextCharacter(text, i))) return false;
+    }
+    return true;
+}
 
 std::string xmlText(std::string_view text) {
     std::string carried;
@@ -88,8 +91,13 @@ void setAttribute(pugi::xml_node element, const char* name, std::string_view val
 std::string prettyPrinted(const pugi::xml_document& document) {
     std::string text;
     TextWriter writer(text);
-    document.save(writer, "\t", pugi::format_indent | pugi::format_no_empty_element_tags, pugi::encoding_utf8);
+    document.save(writer, kIndentation, kPrettyPrint, pugi::encoding_utf8);
     return text;
+}
+
+void appendPrettyPrinted(std::string& text, pugi::xml_node element, unsigned depth) {
+    TextWriter writer(text);
+    element.print(writer, kIndentation, kPrettyPrint, pugi::encoding_utf8, depth);
 }
 
 }  // namespace ZkMobileBackup

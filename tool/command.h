@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 
+#include "base/Profile.h"
 #include "tool/interruption.h"
 
 namespace zkmb {
@@ -11,6 +12,7 @@ namespace zkmb {
 struct Context {
     bool quiet = false;
     bool verbose = false;
+    ZkMobileBackup::Profile profile = ZkMobileBackup::Profile::kStandard;
     Interruption interruption;
 };
 

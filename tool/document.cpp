@@ -132,8 +132,8 @@ void writeJson(const std::vector<std::string>& paths) {
 }
 
 void run(const Options& options, Context& context) {
-    requireWritable(options.type);
     const auto exporter = DlxExporter::init();
+    exporter->setProfile(context.profile);
     {
         Job job(*exporter, context);
         exporter->setExporterDelegate(&job);
@@ -142,8 +142,9 @@ void run(const Options& options, Context& context) {
         exporter->setExporterDelegate(nullptr);
     }
     options.json ? writeJson(exporter->writtenPaths()) : printWrittenFiles(exporter->writtenPaths());
-    if (const std::string failure = exporter->firstFailure(); !failure.empty()) throw Failure(failure);
+    // Ctrl-C also ends the program that packs a document; this is then no failure of its own.
     context.interruption.throwIfRequested();
+    if (const std::string failure = exporter->firstFailure(); !failure.empty()) throw Failure(failure);
 }
 
 }  // namespace

@@ -6,8 +6,6 @@
 #include <iterator>
 #include <string>
 
-#include "export/DlxExporter.h"
-#include "tool/failure.h"
 #include "tool/output.h"
 
 namespace zkmb {
@@ -33,11 +31,6 @@ void printWrittenFiles(const std::vector<std::string>& paths) {
     std::string text;
     for (const std::string& path : paths) text += path + "\n";
     writeOutput(fmt::format("{}{} {} written\n", text, paths.size(), paths.size() == 1 ? "file" : "files"));
-}
-
-void requireWritable(DlxExportType type) {
-    if (ZkMobileBackup::DlxExporter::canWrite(type)) return;
-    throw Failure(fmt::format("Documents of the type {} cannot be written yet, only html.", fileExtension(type)));
 }
 
 }  // namespace zkmb

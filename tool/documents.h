@@ -17,7 +17,4 @@ void addTypeOption(CLI::App& command, ZkMobileBackup::DlxExportType& type);
 /// Prints the paths of the files that were written, then their number.
 void printWrittenFiles(const std::vector<std::string>& paths);
 
-/// Throws a Failure when documents of this type cannot be written.
-void requireWritable(ZkMobileBackup::DlxExportType type);
-
 }  // namespace zkmb

@@ -120,7 +120,6 @@ void throwFirstFailure(const std::vector<Outcome>& outcomes) {
 }
 
 void run(const Options& options, Context& context) {
-    requireWritable(options.type);
     requireReadableFolder(options.backup);
     requireManifest(options.backup);
     requireOutputOutside(options);
@@ -129,8 +128,9 @@ void run(const Options& options, Context& context) {
     makeFolder(options.output);
     const std::vector<Outcome> outcomes = exportDomains(domains, options, context);
     options.json ? writeJson(outcomes) : printSummary(outcomes);
-    throwFirstFailure(outcomes);
+    // Ctrl-C also ends the program that packs a document; this is then no failure of its own.
     context.interruption.throwIfRequested();
+    throwFirstFailure(outcomes);
 }
 
 }  // namespace

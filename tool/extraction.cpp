@@ -18,6 +18,7 @@ using ZkMobileBackup::ZkMobileBackupAppDomain;
 Extraction::Extraction(ZkMobileBackupAppDomain& domain, Context& context)
     : domain_(domain), interruption_(context.interruption), bar_(context, "Writing " + nameOf(domain)) {
     domain_.exporter()->setExporterDelegate(this);
+    domain_.exporter()->setProfile(context.profile);
 }
 
 Extraction::~Extraction() {

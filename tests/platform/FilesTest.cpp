@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -181,6 +182,95 @@ TEST(HomeFolder, EnvironmentIsAskedAtEachCall) {
 TEST(HomeFolder, WithoutTheVariableThePasswordEntryDecides) {
     const Variable home("HOME", nullptr);
     EXPECT_THAT(homeFolder(), Optional(testing::StartsWith("/")));
+}
+
+TEST(ApplicationSupportFolder, EnvironmentIsAskedFirstAndAtEachCall) {
+    const Variable home("HOME", "/home");
+    const Variable dataHome("XDG_DATA_HOME", "/data");
+    EXPECT_EQ(applicationSupportFolder(), "/data/ZkMobileBackup");
+    const Variable other("XDG_DATA_HOME", nullptr);
+    EXPECT_EQ(applicationSupportFolder(), "/home/.local/share/ZkMobileBackup");
+}
+
+TEST(ApplicationSupportFolder, RelativeOrEmptyVariableIsIgnored) {
+    const Variable home("HOME", "/home");
+    for (const char* value : {"", "relative/data", "."}) {
+        const Variable dataHome("XDG_DATA_HOME", value);
+        EXPECT_EQ(applicationSupportFolder(), "/home/.local/share/ZkMobileBackup") << value;
+    }
+}
+
+TEST(RemoveTree, FolderGoesWithAllItHolds) {
+    const TemporaryFolder folder;
+    writeText(folder.path("a/b/c"), "x");
+    removeTree(folder.path("a"));
+    EXPECT_THAT(namesIn(folder), IsEmpty());
+}
+
+TEST(RemoveTree, LinkIsRemovedAndNotFollowed) {
+    const TemporaryFolder folder;
+    writeText(folder.path("kept/file"), "x");
+    fs::create_directories(folder.path("tree"));
+    fs::create_directory_symlink(folder.path("kept"), folder.path("tree/link"));
+    fs::create_directory_symlink(folder.path("kept"), folder.path("link"));
+    removeTree(folder.path("tree"));
+    removeTree(folder.path("link"));
+    EXPECT_THAT(namesIn(folder), ElementsAre("kept"));
+    EXPECT_TRUE(entryExists(folder.path("kept/file")));
+}
+
+TEST(RemoveTree, WhatIsNotThereIsNoFailure) {
+    const TemporaryFolder folder;
+    removeTree(folder.path("missing/tree"));
+    EXPECT_THAT(namesIn(folder), IsEmpty());
+}
+
+TEST(MakeFolderBeside, EachCallMakesANewEmptyFolderInTheSameFolder) {
+    const TemporaryFolder folder;
+    const std::string first = makeFolderBeside(folder.path("a.txt"));
+    const std::string second = makeFolderBeside(folder.path("a.txt"));
+    EXPECT_NE(first, second);
+    for (const std::string& made : {first, second}) {
+        EXPECT_EQ(fs::path(made).parent_path(), folder.path());
+        EXPECT_TRUE(fs::is_empty(made));
+    }
+}
+
+TEST(MakeFolderBeside, FailureGivesNothingAndTheReason) {
+    const TemporaryFolder folder;
+    writeText(folder.path("file"), "x");
+    EXPECT_EQ(makeFolderBeside(folder.path("missing/a")), "");
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(makeFolderBeside(folder.path("file/a")), "");
+    EXPECT_EQ(errno, ENOTDIR);
+}
+
+TEST(MoveToFreeName, ExistingFileIsNeverReplaced) {
+    const TemporaryFolder folder;
+    writeText(folder.path("a.txt"), "there");
+    writeText(folder.path("new"), "x");
+    const WrittenFile file = moveToFreeName(folder.path("new"), folder.path("a.txt"));
+    EXPECT_EQ(file.path, folder.path("a(0).txt"));
+    EXPECT_EQ(file.failure, "");
+    EXPECT_THAT(namesIn(folder), ElementsAre("a(0).txt", "a.txt"));
+    EXPECT_EQ(readBytes(folder.path("a.txt")).size(), 5U);
+}
+
+TEST(MoveToFreeName, FailureNamesThePathAndRemovesTheFile) {
+    const TemporaryFolder folder;
+    writeText(folder.path("new"), "x");
+    const WrittenFile file = moveToFreeName(folder.path("new"), folder.path("missing/a.txt"));
+    EXPECT_EQ(file.path, "");
+    EXPECT_THAT(file.failure, HasSubstr(folder.path("missing/a.txt")));
+    EXPECT_THAT(namesIn(folder), IsEmpty());
+}
+
+TEST(ReplaceFile, ReplacesAFileWhole) {
+    const TemporaryFolder folder;
+    writeText(folder.path("a.txt"), "a longer text");
+    EXPECT_EQ(replaceFile(folder.path("a.txt"), "short"), "");
+    EXPECT_EQ(readBytes(folder.path("a.txt")).size(), 5U);
+    EXPECT_THAT(namesIn(folder), ElementsAre("a.txt"));
 }
 
 TEST(FreeOutputPath, FreePathIsReturnedUnchanged) {

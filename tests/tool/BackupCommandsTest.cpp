@@ -39,9 +39,10 @@ TEST(List, JsonHoldsTheBackupsOfTheRoot) {
 
 TEST(List, TakesTheUsersOwnFolderWithoutARoot) {
     const TemporaryFolder home;
-    EXPECT_EQ(runToolAtHome(home.path(), {"list", "--json"}).json(), json::array());
+    const Environment atHome{{"HOME", home.path()}};
+    EXPECT_EQ(runToolWith(atHome, {"list", "--json"}).json(), json::array());
     writeText(home.path("Library/Application Support/MobileSync/Backup/one/Info.plist"), kInfo);
-    EXPECT_EQ(runToolAtHome(home.path(), {"list", "--json"}).json()[0]["udid"], "ABCDEF");
+    EXPECT_EQ(runToolWith(atHome, {"list", "--json"}).json()[0]["udid"], "ABCDEF");
 }
 
 TEST(List, PeopleGetALineABackup) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -10,9 +11,11 @@
 namespace ZkMobileBackup {
 namespace {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using testing::StartsWith;
 
 class WrongUsage : public testing::TestWithParam<std::vector<std::string>> {};
 
@@ -20,7 +23,9 @@ TEST_P(WrongUsage, HasStatus2AndSaysWhy) {
     const ToolResult result = runTool(GetParam());
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.output, IsEmpty());
-    EXPECT_THAT(result.errors, Not(IsEmpty()));
+    EXPECT_THAT(result.errors, StartsWith("zkmb: "));
+    EXPECT_THAT(result.errors, EndsWith(" (see --help).\n"));
+    EXPECT_EQ(std::ranges::count(result.errors, '\n'), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -31,6 +36,8 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"records", "backup"}, std::vector<std::string>{"export", "backup"},
                     std::vector<std::string>{"export", "backup", "--output", "out", "--type", "pdf"},
                     std::vector<std::string>{"export", "backup", "--output", "out", "--type", "0"},
+                    std::vector<std::string>{"export", "backup", "--output", "out", "--type", "7"},
+                    std::vector<std::string>{"document", "rows.json", "--output", "out", "--type", "7"},
                     std::vector<std::string>{"export", "backup", "--output", "out", "--type", "html", "--only", "all"},
                     std::vector<std::string>{"document", "rows.json", "--output", "out"}));
 
@@ -54,7 +61,9 @@ TEST_P(HelpOfCommand, IsPrinted) {
     const ToolResult result = runTool({GetParam(), "--help"});
     EXPECT_THAT(result, SucceedsSilently());
     EXPECT_THAT(result.output, HasSubstr(std::string("zkmb ") + GetParam()));
-    EXPECT_THAT(result.output, HasSubstr("--json"));
+    for (const char* option : {"--json", "--profile", "ZKMB_PROFILE", "--verbose", "--quiet"}) {
+        EXPECT_THAT(result.output, HasSubstr(option));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(CommandLine, HelpOfCommand,

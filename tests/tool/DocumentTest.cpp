@@ -79,11 +79,6 @@ TEST_F(Document, NoRowsNoFile) {
     EXPECT_FALSE(std::filesystem::exists(folder_.path("out")));
 }
 
-TEST_F(Document, TypeWithoutAWriterIsRefusedBeforeAnythingIsWritten) {
-    EXPECT_THAT(run(R"([{"a": "b"}])", {"--type", "xlsx"}), FailsWithOneSentenceNaming("xlsx cannot be written yet"));
-    EXPECT_FALSE(std::filesystem::exists(folder_.path("out")));
-}
-
 TEST_F(Document, FileThatCannotBeWrittenIsAFailure) {
     writeText(folder_.path("out"), "a file where a folder is needed");
     EXPECT_THAT(run(R"([{"a": "b"}])"), FailsWithOneSentenceNaming(folder_.path("out")));

@@ -124,11 +124,14 @@ TEST_F(Export, UnknownDomainIsRefused) {
     EXPECT_FALSE(std::filesystem::exists(output()));
 }
 
-TEST_F(Export, TypeWithoutAWriterIsRefusedBeforeAnythingIsWritten) {
-    for (const char* type : {"docx", "xlsx", "numbers", "pages"}) {
-        EXPECT_THAT(run({"--type", type}), FailsWithOneSentenceNaming(std::string(type) + " cannot be written yet"));
+TEST_F(Export, WritesEveryTypeOfDocument) {
+    for (const std::string type : {"html", "docx", "xlsx", "numbers", "pages"}) {
+        ASSERT_THAT(run({"--type", type}), SucceedsSilently());
+        for (const char* name : {"Note.", "Calendar.", "Reminder."}) {
+            EXPECT_TRUE(std::filesystem::exists(document(name + type))) << name << type;
+        }
     }
-    EXPECT_FALSE(std::filesystem::exists(output()));
+    EXPECT_EQ(folderContent(output()).size(), 15U);
 }
 
 TEST_F(Export, OutputFolderInTheBackupIsRefused) {

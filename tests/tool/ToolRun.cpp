@@ -18,6 +18,10 @@ std::string textOf(const std::string& path) {
     return {bytes.begin(), bytes.end()};
 }
 
+void setUpEnvironment(const Environment& environment) {
+    for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
+}
+
 ToolResult runPrepared(const std::vector<std::string>& arguments, const std::function<void()>& prepare,
                        const char* program = ZKMB_TOOL) {
     const TemporaryFolder folder;
@@ -25,7 +29,7 @@ ToolResult runPrepared(const std::vector<std::string>& arguments, const std::fun
     if (child == 0) {
         redirect(STDOUT_FILENO, folder.path("output"));
         redirect(STDERR_FILENO, folder.path("errors"));
-        setenv("TZ", "UTC", 1);
+        setUpEnvironment({{"TZ", "UTC"}, {"XDG_DATA_HOME", folder.path("data")}, {"ZKMB_PROFILE", ""}});
         prepare();
         become(program, arguments);
     }
@@ -62,8 +66,17 @@ ToolResult runToolWithOutput(const std::string& path, const std::vector<std::str
     return runPrepared(arguments, [&] { redirect(STDOUT_FILENO, path); });
 }
 
-ToolResult runToolAtHome(const std::string& home, const std::vector<std::string>& arguments) {
-    return runPrepared(arguments, [&] { setenv("HOME", home.c_str(), 1); });
+ToolResult runToolWith(const Environment& environment, const std::vector<std::string>& arguments) {
+    return runPrepared(arguments, [&] { setUpEnvironment(environment); });
+}
+
+ToolResult runToolAsNobodyKnown(const Environment& environment, const std::vector<std::string>& arguments) {
+    constexpr uid_t kUnknownUser = 54321;
+    return runPrepared(arguments, [&] {
+        setUpEnvironment(environment);
+        // Whoever is looked up in the password entries is the real user; the effective one keeps its rights.
+        if (setresuid(kUnknownUser, 0, 0) != 0) _exit(EXIT_FAILURE);
+    });
 }
 
 }  // namespace ZkMobileBackup

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -19,7 +20,7 @@ struct ToolResult {
 /// Runs the built example that is shown to newcomers.
 ToolResult runExample(const std::vector<std::string>& arguments);
 
-/// Runs the built tool with these arguments, its time zone being UTC.
+/// Runs the built tool with these arguments, its time zone being UTC and its folder for application data a new one.
 ToolResult runTool(const std::vector<std::string>& arguments);
 
 /// The same with Ctrl-C pressed before the tool has begun.
@@ -28,7 +29,13 @@ ToolResult runInterruptedTool(const std::vector<std::string>& arguments);
 /// The same with standard output going to a file or device that exists.
 ToolResult runToolWithOutput(const std::string& path, const std::vector<std::string>& arguments);
 
-/// The same with another home folder.
-ToolResult runToolAtHome(const std::string& home, const std::vector<std::string>& arguments);
+/// Variables of the environment and their values; an empty value is taken for none.
+using Environment = std::map<std::string, std::string>;
+
+/// The same with some variables of the environment set.
+ToolResult runToolWith(const Environment& environment, const std::vector<std::string>& arguments);
+
+/// The same as a user without a password entry. Only the super-user may do so.
+ToolResult runToolAsNobodyKnown(const Environment& environment, const std::vector<std::string>& arguments);
 
 }  // namespace ZkMobileBackup

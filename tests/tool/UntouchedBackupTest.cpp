@@ -28,6 +28,9 @@ TEST(UntouchedBackup, EveryFileStaysAsItIsWhateverTheToolDoes) {
         {"export", backup, "--output", backup, "--type", "html"},
         {"export", backup, "--output", backup + "/new", "--type", "html"},
         {"export", backup, "--output", folder.path("out"), "--type", "docx"},
+        {"export", backup, "--output", folder.path("out"), "--type", "xlsx"},
+        {"export", backup, "--output", folder.path("out"), "--type", "numbers"},
+        {"export", backup, "--output", folder.path("out"), "--type", "pages"},
     };
     for (const auto& [name, content] : before) {
         runs.push_back({"tables", backup + "/" + name});

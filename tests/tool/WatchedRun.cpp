@@ -52,6 +52,7 @@ WatchedRun::WatchedRun(Errors errors, const std::vector<std::string>& arguments)
         close(writeEnd_);
         close(readEnd_);
         setenv("TZ", "UTC", 1);
+        setenv("XDG_DATA_HOME", folder_.path("data").c_str(), 1);
         become(ZKMB_TOOL, arguments);
     }
 }
