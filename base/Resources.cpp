@@ -24,11 +24,13 @@ std::string canonical(const char* path) {
     return std::filesystem::weakly_canonical(path, error).string();
 }
 
-/// Whether this function's file, the library or the program it is built into, stands where it was built.
+/// Whether this function's file, the library or the program it is built into, stands where it was built. A build folder
+/// that cannot be looked at is none: whoever built the library may have it for themselves.
 bool runsFromBuildFolder() noexcept {
     Dl_info info;
     if (::dladdr(reinterpret_cast<const void*>(&resourceFolder), &info) == 0 || info.dli_fname == nullptr) return false;
-    return canonical(info.dli_fname).starts_with(canonical(ZKMB_BUILD_FOLDER) + "/");
+    const std::string buildFolder = canonical(ZKMB_BUILD_FOLDER);
+    return !buildFolder.empty() && canonical(info.dli_fname).starts_with(buildFolder + "/");
 }
 
 /// Found out while the file is loaded: its path may be relative to the working folder of that time.

@@ -79,7 +79,7 @@ void DocxCreator::writeParts() {
 }
 
 void DocxCreator::initDocxFile() {
-    layTemplate();
+    if (!layTemplate()) return;
     emptyBody();
     insertContentXmlOfImage();
 }
@@ -133,7 +133,7 @@ pugi::xml_node DocxCreator::writeReturn(const std::string& lineSpacing) {
 }
 
 void DocxCreator::setTableNode(XmlStream& body) {
-    if (DictionArr().empty()) return;
+    if (DictionArr().empty() || (getAllKey().empty() && !docxManner(profile()).tableWithoutColumns)) return;
     body.begin("w:tbl");
     SetTable(body, static_cast<std::int32_t>(DictionArr().size()));
     body.end();

@@ -3,6 +3,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "export/DlxExportType.h"
 
@@ -24,5 +25,7 @@ extern const PackageFormat kPagesPackage;
 
 /// The stage folder of a format; nothing where the user has no folder for application data. It need not exist.
 std::optional<std::string> stageFolder(const PackageFormat& format);
+/// Path of a file or folder in it; empty, which names none, without that folder.
+std::string stagePath(const PackageFormat& format, std::string_view name);
 
 }  // namespace ZkMobileBackup

@@ -20,7 +20,9 @@ PackagePart::PackagePart() {
 PackagePart::PackagePart(const std::string& path) {
     constexpr unsigned kKeepDeclaration = pugi::parse_default | pugi::parse_declaration | pugi::parse_doctype;
     const pugi::xml_parse_result result = document_.load_file(path.c_str(), kKeepDeclaration);
-    if (!result) failure_ = fmt::format("Cannot read '{}': {}.", path, result.description());
+    if (result) return;
+    failure_ = fmt::format("Cannot read '{}': {}.", path, result.description());
+    document_.reset();  // of what was read until then
 }
 
 pugi::xml_node PackagePart::first(const char* name) const {
@@ -41,6 +43,7 @@ std::string PackagePart::write(const std::string& path) const {
 std::string PackagePart::write(const std::string& path, pugi::xml_node placeholder,
                                const std::function<void(XmlStream& parent)>& addContent) const {
     const PrintedAround around(document_, placeholder);
+    if (!around.hasPlace) return write(path);
     FileReplacement file(path);
     std::string text = around.before;
     const auto drain = [&file, &text] {

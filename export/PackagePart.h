@@ -26,7 +26,7 @@ public:
     /// Writes the document, pretty-printed, in place of the file. Returns an empty text or the reason of the failure.
     std::string write(const std::string& path) const;
     /// The same with what `addContent` streams in place of an element (see PrintedAround); it goes to the file as it
-    /// comes.
+    /// comes. Without such an element nothing is streamed.
     std::string write(const std::string& path, pugi::xml_node placeholder,
                       const std::function<void(XmlStream& parent)>& addContent) const;
 

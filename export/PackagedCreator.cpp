@@ -26,6 +26,15 @@ std::mutex& turnOn(DlxExportType type) {
     return turns[static_cast<std::size_t>(type)];
 }
 
+/// Unpacks an archive. Returns an empty text, or why files are missing or damaged.
+std::string unpackFailure(const std::string& path, const std::string& folder) {
+    if (!entryExists(path)) return "it is missing.";
+    const auto archive = ZipArchive::init();
+    archive->UnzipOpenFile(path);
+    archive->UnzipFileTo(folder, true);
+    return archive->unzipFailure();
+}
+
 }  // namespace
 
 PackagedCreator::PackagedCreator(const PackageFormat& format, Rows rows, std::string savePath)
@@ -37,14 +46,17 @@ void PackagedCreator::startConvert() {
     const std::lock_guard turn(turnOn(format_.type));
     const std::optional<std::string> stageFolder = applicationSupportFolder();
     if (!stageFolder) return noteFailure("There is no folder for application data: neither HOME nor a password entry.");
-    noteFailure(createDirectories(std::string(pathWithoutLastComponent(*stageFolder))));
+    noteFailure(createPrivateDirectories(std::string(pathWithoutLastComponent(*stageFolder))));
     // Beside the stage folder, which is removed and made again by whoever has the turn.
     const FileLock turnAmongProcesses(*stageFolder + ".lock");
+    // Without a turn the parts of two documents would get into each other.
+    if (!turnAmongProcesses.failure().empty()) return noteFailure(turnAmongProcesses.failure());
     convert(*stageFolder);
 }
 
 void PackagedCreator::convert(const std::string& stageFolder) {
     prepareStage();
+    if (!hasNewStage_) return;  // what others left there must not become part of a document
     reportFraction(kSkeletonDone);
     writeParts();
     if (isStop()) return extportComplete(false);
@@ -84,10 +96,13 @@ std::optional<std::string> PackagedCreator::applicationSupportFolder() const {
 }
 
 void PackagedCreator::createSupportFolder() {
+    hasNewStage_ = false;
     const std::optional<std::string> folder = applicationSupportFolder();
     if (!folder) return;
-    removeTree(*folder);
-    noteFailure(createDirectories(*folder));
+    std::string failure = removeTree(*folder);
+    if (failure.empty()) failure = createPrivateDirectories(*folder);
+    hasNewStage_ = failure.empty();
+    noteFailure(failure);
 }
 
 void PackagedCreator::removeHtmlFile() {
@@ -95,19 +110,17 @@ void PackagedCreator::removeHtmlFile() {
 }
 
 std::string PackagedCreator::stagePath(std::string_view name) const {
-    return joinedPath(applicationSupportFolder().value_or(""), name);
+    return ZkMobileBackup::stagePath(format_, name);
 }
 
-void PackagedCreator::layTemplate() {
+bool PackagedCreator::layTemplate() {
     createSupportFolder();
+    if (!hasNewStage_) return false;
     const std::string path = joinedPath(resourceFolder(), format_.templateName);
-    const auto archive = ZipArchive::init();
-    if (!archive->UnzipOpenFile(path) || !archive->UnzipFileTo(stagePath(""), true)) {
-        const char* cause = entryExists(path) ? "it is damaged" : "it is missing";
-        noteFailure(fmt::format("Cannot unpack the template '{}': {}.", path, cause));
-    }
-    archive->UnzipCloseFile();
+    const std::string failure = unpackFailure(path, stagePath(""));
+    if (!failure.empty()) noteFailure(fmt::format("Cannot unpack the template '{}': {}", path, failure));
     for (const char* folder : format_.folders) noteFailure(createDirectories(stagePath(folder)));
+    return true;
 }
 
 }  // namespace ZkMobileBackup

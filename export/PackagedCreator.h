@@ -36,7 +36,7 @@ public:
     /// setTerminationHandler).
     std::optional<std::string> applicationSupportFolder() const;
     // createSupportFolder
-    /// Makes the stage folder anew, empty.
+    /// Makes the stage folder anew, empty and closed to other users.
     void createSupportFolder();
     // removeHtmlFile
     /// Removes the stage folder. (No HTML is left in it for long.)
@@ -48,8 +48,9 @@ protected:
     /// Path of a file or folder in the stage folder.
     std::string stagePath(std::string_view name) const;
     /// Clears the stage folder, unpacks the format's template into it and makes the folders that the format adds. What
-    /// fails is noted; the rest is done all the same.
-    void layTemplate();
+    /// fails is noted; the rest is done all the same. False, with nothing unpacked, when there is no stage folder that
+    /// is empty: no document is made then.
+    bool layTemplate();
 
     /// Lays out the stage folder: the format's own `init...File`.
     virtual void prepareStage() = 0;
@@ -67,6 +68,7 @@ private:
     const PackageFormat& format_;
     Rows rows_;
     std::string savePath_;
+    bool hasNewStage_ = false;
 };
 
 }  // namespace ZkMobileBackup

@@ -52,7 +52,7 @@ constexpr std::size_t kMostLines = 1 + (kHighestRow - kRowHeight) / kFurtherLine
 constexpr const char* kFirstCell = "A1";
 
 std::string partPath(std::string_view name) {
-    return joinedPath(stageFolder(kXlsxPackage).value_or(""), name);
+    return stagePath(kXlsxPackage, name);
 }
 
 void removeChildren(pugi::xml_node parent, int count) {
@@ -134,23 +134,32 @@ void addHeight(XmlStream& row, const std::vector<std::string>& texts) {
     if (lines > 1) row.attribute("ht", std::to_string(kRowHeight + (lines - 1) * kFurtherLineHeight));
 }
 
-/// A to Z, AA to ZZ. Behind column 702 the first letter runs on into the characters after Z, as it always did: no table
-/// has so many columns.
+constexpr std::size_t kLetters = 26;
+
+/// A to Z, AA to ZZ, AAA and so on.
 std::string columnLetters(std::size_t column) {
-    constexpr std::size_t kLetters = 26;
-    const std::size_t rounds = (column - 1) / kLetters;
     std::string letters;
-    if (rounds > 0) letters = toUtf8(std::u16string(1, static_cast<char16_t>('A' + rounds - 1)));
-    return letters += static_cast<char>('A' + (column - 1) % kLetters);
+    for (; column > 0; column = (column - 1) / kLetters) {
+        letters.insert(letters.begin(), static_cast<char>('A' + (column - 1) % kLetters));
+    }
+    return letters;
 }
 
-std::string cellReference(std::size_t column, std::size_t row) {
-    return columnLetters(column) + std::to_string(row);
+/// The same up to ZZ, column 702. Behind it the first letter runs on into the characters after Z, as it always did.
+std::string twoColumnLetters(std::size_t column) {
+    const std::size_t rounds = (column - 1) / kLetters;
+    if (rounds <= kLetters) return columnLetters(column);
+    return toUtf8(std::u16string(1, static_cast<char16_t>('A' + rounds - 1))) +
+           columnLetters((column - 1) % kLetters + 1);
+}
+
+std::string cellReference(std::size_t column, std::size_t row, const XlsxManner& manner) {
+    return (manner.threeColumnLetters ? columnLetters(column) : twoColumnLetters(column)) + std::to_string(row);
 }
 
 /// A sheet without cells extends to its first one all the same; there is no smaller extent.
-std::string extentUpTo(std::size_t column, std::size_t row) {
-    return "A1:" + (column == 0 || row == 0 ? kFirstCell : cellReference(column, row));
+std::string extentUpTo(std::size_t column, std::size_t row, const XlsxManner& manner) {
+    return "A1:" + (column == 0 || row == 0 ? kFirstCell : cellReference(column, row, manner));
 }
 
 void setExtent(pugi::xml_node dimension, const XlsxManner& manner, std::string_view extent) {
@@ -268,7 +277,7 @@ void WriteXlsxFile::writeContentOfsheet(const std::string& path, XmlStream& shar
     setAttribute(worksheet, "xmlns", kMainNamespace);
     setAttribute(worksheet, "xmlns:r", kRelationshipsNamespace);
     const pugi::xml_node dimension = appendElement(worksheet, "dimension");
-    setExtent(dimension, manner, extentUpTo(allKeys_.size(), lineCount()));
+    setExtent(dimension, manner, extentUpTo(allKeys_.size(), lineCount(), manner));
     getSheetViews(worksheet);
     addSheetFormat(worksheet, manner);
     const pugi::xml_node sheetData = appendElement(worksheet, "sheetData");
@@ -362,8 +371,9 @@ void WriteXlsxFile::addCells(XmlStream& row, XmlStream& haredString, std::size_t
     row.attribute("spans", manner.trueExtent ? spansOf(texts.size()) : kClaimedSpans);
     if (manner.heightFromText) addHeight(row, texts);
     for (std::size_t i = 0; i < texts.size(); ++i) {
-        addCell(row, haredString, cellReference(i + 1, rowNumber),
-                manner.escapedText ? escapedCellText(texts[i]) : texts[i]);
+        // What XML cannot carry goes first, so that leaving it out makes no escape of the rest.
+        addCell(row, haredString, cellReference(i + 1, rowNumber, manner),
+                manner.escapedText ? escapedCellText(xmlText(texts[i])) : texts[i]);
     }
 }
 

@@ -71,7 +71,7 @@ public:
 
     // getRowOne:haredString:dicCount:
     /// Writes the header row and the first `dicCount` rows until the stop flag is set, the columns being the keys of
-    /// the first row with the names in front. ("hared" stands for shared.)
+    /// the rows, in truth of the only one, with the names in front. ("hared" stands for shared.)
     void getRowOne(XmlStream& sheetData, XmlStream& haredString, std::int32_t dicCount);
     // getRowNode:haredString:dicCount:
     /// Writes the header row and the first `dicCount` rows until the stop flag is set, the columns being the keys of

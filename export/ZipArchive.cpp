@@ -22,6 +22,7 @@ namespace ZkMobileBackup {
 namespace {
 
 constexpr const char* kEntryFailure = "Error occurs";
+constexpr const char* kDamaged = "it is damaged.";
 
 constexpr int kFirstYear = 1900;  // of std::tm
 
@@ -47,19 +48,6 @@ zip_fileinfo entryInfo(const std::string& path) {
 void setModificationTime(const FileDescriptor& file, std::time_t time) {
     const timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, {.tv_sec = time, .tv_nsec = 0}};
     if (::futimens(file.get(), times) != 0) writeLog("Failed to set attributes");
-}
-
-/// Copies what can be read of an entry. Returns false when the entry turned out to be damaged.
-bool copyContent(ZipEntryReader& entry, FileDescriptor& file, const std::string& path) {
-    std::array<std::uint8_t, 4096> chunk;
-    int count = 0;
-    while ((count = entry.read(chunk)) > 0) {
-        if (!file.write({reinterpret_cast<const char*>(chunk.data()), static_cast<std::size_t>(count)})) {
-            writeLog(writeFailure(path, errno));
-            return true;
-        }
-    }
-    return count == 0;
 }
 
 }  // namespace
@@ -117,6 +105,7 @@ bool ZipArchive::UnzipOpenFile(const std::string& path, const std::string& passw
 }
 
 bool ZipArchive::UnzipFileTo(const std::string& path, bool overWrite) {
+    unzipFailure_.clear();
     // Without a first entry, opening the current one fails.
     if (unzGoToFirstFile(unzFile_.get()) != UNZ_OK) OutputErrorMessage("Failed");
     for (std::size_t passed = 1;; ++passed) {
@@ -146,13 +135,37 @@ bool ZipArchive::unpackEntry(const std::string& folder, bool overWrite) {
 
 void ZipArchive::writeFile(ZipEntryReader& entry, const UnpackTarget& target) {
     FileDescriptor file = target.open();
-    if (!file.isOpen()) return writeLog(writeFailure(target.path(), errno));
-    if (!copyContent(entry, file, target.path())) OutputErrorMessage("Failed to reading zip file");
+    if (!file.isOpen()) return noteUnwritable(target.path(), errno);
+    copyContent(entry, file, target.path());
     setModificationTime(file, entry.modificationTime());
+}
+
+/// Copies what can be read of an entry, as far as it can be written.
+void ZipArchive::copyContent(ZipEntryReader& entry, FileDescriptor& file, const std::string& path) {
+    std::array<std::uint8_t, 4096> chunk;
+    int count = 0;
+    while ((count = entry.read(chunk)) > 0) {
+        if (!file.write({reinterpret_cast<const char*>(chunk.data()), static_cast<std::size_t>(count)})) {
+            return noteUnwritable(path, errno);
+        }
+    }
+    if (count < 0) OutputErrorMessage("Failed to reading zip file");
+    if (count < 0 || !entry.checksumMatches()) noteUnzipFailure(kDamaged);
+}
+
+void ZipArchive::noteUnwritable(const std::string& path, int error) {
+    const std::string failure = writeFailure(path, error);
+    writeLog(failure);
+    noteUnzipFailure(failure);
+}
+
+void ZipArchive::noteUnzipFailure(std::string failure) {
+    if (unzipFailure_.empty()) unzipFailure_ = std::move(failure);
 }
 
 bool ZipArchive::fail(std::string_view message) {
     OutputErrorMessage(message);
+    noteUnzipFailure(kDamaged);
     return false;
 }
 

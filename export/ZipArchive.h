@@ -11,6 +11,7 @@
 
 namespace ZkMobileBackup {
 
+class FileDescriptor;
 class UnpackTarget;
 class ZipEntryReader;
 
@@ -87,6 +88,14 @@ public:
     /// The begin of 1980 in local time: no entry carries an earlier date.
     Date Date1980() const;
 
+    // --- Additions of ours -------------------------------------------------------------------------------------------
+
+    /// Why the last UnzipFileTo left files out or otherwise than they were packed: the first reason, "it is damaged."
+    /// or a sentence that names the file that cannot be written. Empty when all is well. An entry that cannot be
+    /// opened, be it for want of its password, counts as damage; so does a wrong checksum, which unpacking does not
+    /// mind.
+    const std::string& unzipFailure() const { return unzipFailure_; }
+
 protected:
     ZipArchive();
 
@@ -99,6 +108,9 @@ private:
     };
 
     bool fail(std::string_view message);
+    void noteUnzipFailure(std::string failure);
+    void noteUnwritable(const std::string& path, int error);
+    void copyContent(ZipEntryReader& entry, FileDescriptor& file, const std::string& path);
     bool unpackEntry(const std::string& folder, bool overWrite);
     void writeFile(ZipEntryReader& entry, const UnpackTarget& target);
 
@@ -107,6 +119,7 @@ private:
     std::unique_ptr<void, CloseWriting> zipFile_;  // minizip's handles, null for none
     std::unique_ptr<void, CloseReading> unzFile_;
     std::size_t entryCount_ = 0;  // as the archive that is being read states it
+    std::string unzipFailure_;
 };
 
 }  // namespace ZkMobileBackup

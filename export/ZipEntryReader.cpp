@@ -61,7 +61,9 @@ std::time_t ZipEntryReader::modificationTime() const {
 }
 
 int ZipEntryReader::read(std::span<std::uint8_t> chunk) {
-    return method_ == kStored ? readStoredBytes(chunk) : readInflated(chunk);
+    const int count = method_ == kStored ? readStoredBytes(chunk) : readInflated(chunk);
+    if (count > 0) checksum_ = crc32(checksum_, chunk.data(), static_cast<uInt>(count));
+    return count;
 }
 
 int ZipEntryReader::readStoredBytes(std::span<std::uint8_t> chunk) {

@@ -15,7 +15,7 @@ namespace ZkMobileBackup {
 
 /// Reads the current entry of an open archive; the entry is closed with the object. minizip hands out the stored bytes
 /// and they are decrypted and inflated here: as distributed it cannot decrypt, and it would cut an entry at the size
-/// that the entry claims. What an entry claims about sizes is believed nowhere.
+/// that the entry claims. What an entry claims about its uncompressed size is believed nowhere.
 class ZipEntryReader {
 public:
     /// The archive must outlive the reader and stay at this entry.
@@ -40,6 +40,8 @@ public:
     /// Reads the next bytes of the content. Returns their number, 0 at the end, and a negative number when the content
     /// is damaged.
     int read(std::span<std::uint8_t> chunk);
+    /// Whether what was read so far has the checksum that the entry states for the whole.
+    bool checksumMatches() const { return checksum_ == info_.crc; }
 
 private:
     int readStoredBytes(std::span<std::uint8_t> chunk);
@@ -54,6 +56,7 @@ private:
     z_stream stream_{};
     std::array<std::uint8_t, 4096> input_{};  // what stream_ reads from
     bool streamEnded_ = false;
+    uLong checksum_ = 0;  // of what was read
 };
 
 }  // namespace ZkMobileBackup

@@ -1,15 +1,11 @@
 #include "export/bundle_index.h"
 
-#include <optional>
-
-#include "base/Text.h"
 #include "platform/Xml.h"
 
 namespace ZkMobileBackup {
 
 std::string bundleIndexPath(const PackageFormat& format) {
-    const std::optional<std::string> folder = stageFolder(format);
-    return folder ? joinedPath(*folder, "index.xml") : std::string();
+    return stagePath(format, "index.xml");
 }
 
 void setXmlVersion(pugi::xml_document& document) {
@@ -36,7 +32,7 @@ void renewDataSource(pugi::xml_node grid) {
 std::string writeBundleIndex(const PackagePart& index, const std::string& path, pugi::xml_node grid,
                              const std::function<void(XmlStream&)>& streamDataSource) {
     if (!grid || !streamDataSource) return index.write(path);
-    return index.write(path, grid.child("sf:datasource"), streamDataSource);
+    return index.write(path, grid.last_child(), streamDataSource);
 }
 
 void growList(pugi::xml_node list, std::int32_t count, std::int32_t added, const char* name, Attributes attributes) {

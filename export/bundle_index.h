@@ -29,8 +29,8 @@ void renewAttributes(pugi::xml_node element, Attributes attributes);
 /// Puts an empty data source at the end of a grid, in place of the template's.
 void renewDataSource(pugi::xml_node grid);
 
-/// Writes the part; the data source of its grid is streamed where there is a function for it. Returns an empty text or
-/// the reason of the failure.
+/// Writes the part; where there is a function for it, the data source is streamed in place of the one that was renewed.
+/// Returns an empty text or the reason of the failure.
 std::string writeBundleIndex(const PackagePart& index, const std::string& path, pugi::xml_node grid,
                              const std::function<void(XmlStream&)>& streamDataSource);
 

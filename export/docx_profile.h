@@ -21,6 +21,7 @@ struct DocxManner {
     bool marginsBeforeBorders;      ///< w:tcMar precedes w:tcBorders and w:shd
     bool gridOfWidestTable;         ///< the grid has 28 narrow columns, not those of the table; some readers go by it
     DocxWidth tableWidth;           ///< a floating table narrower than the page is cut at its end by some readers
+    bool tableWithoutColumns;       ///< rows of which none has a key make a table of rows without cells
     bool paragraphAfterTable;       ///< a floating table at the end of the body is hidden by some readers
 };
 
@@ -32,6 +33,7 @@ constexpr DocxManner docxManner(Profile profile) {
         .marginsBeforeBorders = legacy,
         .gridOfWidestTable = legacy,
         .tableWidth = legacy ? DocxWidth{"0", "auto"} : DocxWidth{"31546", "dxa"},  // the page less 180 at each side
+        .tableWithoutColumns = legacy,
         .paragraphAfterTable = !legacy,
     };
 }

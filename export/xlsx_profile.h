@@ -10,6 +10,7 @@ struct XlsxManner {
     bool trueExtent;              ///< "dimension" and "spans" tell which cells there are, else they say the same always
     bool printerSettings;         ///< the sheet has a relationship to printer settings, a part that is never written
     bool heightFromText;          ///< rows are as high as their text needs, else readers cut off what wraps
+    bool threeColumnLetters;      ///< columns behind ZZ have three letters, else two, of which readers refuse the first
     bool escapedText;             ///< texts that look like escapes of the format are escaped, else readers undo them
 };
 
@@ -20,6 +21,7 @@ constexpr XlsxManner xlsxManner(Profile profile) {
         .trueExtent = !legacy,
         .printerSettings = legacy,
         .heightFromText = !legacy,
+        .threeColumnLetters = !legacy,
         .escapedText = !legacy,
     };
 }

@@ -128,6 +128,10 @@ std::string folderOf(const std::string& path) {
     return std::string(folder.empty() ? "." : folder);
 }
 
+std::string folderFailure(const std::string& path, const std::string& reason) {
+    return fmt::format("Cannot create the folder '{}': {}.", path, reason);
+}
+
 WrittenFile notWritten(const std::string& path, int error) {
     return {{}, writeFailure(path, error)};
 }
@@ -180,7 +184,18 @@ std::string createDirectories(const std::string& path) {
     std::error_code error;
     fs::create_directories(path, error);
     if (!error && !fs::is_directory(path, error)) error = std::make_error_code(std::errc::not_a_directory);
-    return error ? fmt::format("Cannot create the folder '{}': {}.", path, error.message()) : "";
+    return error ? folderFailure(path, error.message()) : "";
+}
+
+std::string createPrivateDirectories(const std::string& path) {
+    const std::string above(pathWithoutLastComponent(path));
+    if (!above.empty() && !isDirectory(above)) {
+        std::string failure = createPrivateDirectories(above);
+        if (!failure.empty()) return failure;
+    }
+    if (::mkdir(path.c_str(), S_IRWXU) == 0) return "";
+    const int error = errno;
+    return isDirectory(path) ? "" : folderFailure(path, textOfError(error));
 }
 
 std::string absolutePath(const std::string& path) {
@@ -209,9 +224,10 @@ std::optional<std::string> applicationSupportFolder() {
     return joinedPath(joinedPath(*home, ".local/share"), kOwnFolder);
 }
 
-void removeTree(const std::string& path) {
+std::string removeTree(const std::string& path) {
     std::error_code error;
     fs::remove_all(path, error);
+    return error ? fmt::format("Cannot remove '{}': {}.", path, error.message()) : "";
 }
 
 std::string freeOutputPath(const std::string& path) {

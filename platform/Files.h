@@ -25,6 +25,8 @@ std::optional<std::vector<std::uint8_t>> readFile(const std::string& path,
 
 /// Creates a folder and those above it. Returns an empty text, or the reason of the failure.
 std::string createDirectories(const std::string& path);
+/// The same, the folders that are made being closed to all other users.
+std::string createPrivateDirectories(const std::string& path);
 
 std::string absolutePath(const std::string& path);
 /// HOME, else the home folder of the password entry; nothing without either. Looked up at each call.
@@ -34,9 +36,9 @@ std::optional<std::string> homeFolder();
 /// folder; nothing without either. Looked up at each call. It need not exist.
 std::optional<std::string> applicationSupportFolder();
 
-/// Removes a file, or a folder with all it holds, following no link. What is not there is no failure; what cannot be
-/// removed stays.
-void removeTree(const std::string& path);
+/// Removes a file, or a folder with all it holds, following no link. What is not there is no failure. Returns an empty
+/// text, or the reason why something stays.
+std::string removeTree(const std::string& path);
 
 /// A path at which no entry stands yet: `path` itself, else "(0)", "(1)", ... put before its extension. Earlier
 /// occurrences of the same number text within the name, not the folders, are removed first; numbering starts at 0.

@@ -1,9 +1,11 @@
 #include "platform/Process.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <spawn.h>
+#include <string_view>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -34,9 +36,38 @@ private:
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts) pointers.push_back(text.data());
     pointers.push_back(nullptr);
     return pointers;
+}
+
+/// From these the zip program takes options that the user likes: they could leave folders out of a document.
+constexpr std::string_view kOptionVariables[] = {"ZIPOPT=", "ZIP="};
+
+/// The variables of this process that a program gets.
+std::vector<char*> inheritedVariables() {
+    std::vector<char*> variables;
+    for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
+        const auto isSetHere = [variable](std::string_view name) {
+            return std::string_view(*variable).starts_with(name);
+        };
+        if (std::ranges::none_of(kOptionVariables, isSetHere)) variables.push_back(*variable);
+    }
+    variables.push_back(nullptr);
+    return variables;
+}
+
+/// Returns 0 or a value of errno.
+int start(std::vector<std::string> arguments, const SpawnActions& actions, pid_t& child) {
+    return ::posix_spawn(&child, arguments.front().c_str(), actions.get(), nullptr, pointersTo(arguments).data(),
+                         inheritedVariables().data());
+}
+
+/// The shell with a script and its arguments.
+std::vector<std::string> readByShell(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"/bin/sh", "--"});
+    return arguments;
 }
 
 /// The exit status of a shell script one of whose programs is not there.
@@ -56,19 +87,18 @@ std::string failureOf(const std::string& program, int waitStatus) {
 }  // namespace
 
 std::string runProgram(const std::vector<std::string>& arguments, const std::string& workingFolder) {
-    std::vector<std::string> texts = arguments;
+    const std::string& program = arguments.front();
     const SpawnActions actions(workingFolder);
     pid_t child = 0;
-    const int error =
-        ::posix_spawn(&child, texts.front().c_str(), actions.get(), nullptr, pointersTo(texts).data(), environ);
-    if (error != 0) {
-        return fmt::format("Cannot start '{}': {}.", texts.front(), std::generic_category().message(error));
-    }
+    int error = start(arguments, actions, child);
+    if (error == ENOEXEC) error = start(readByShell(arguments), actions, child);  // it does not say "#!"
+    if (error != 0) return fmt::format("Cannot start '{}': {}.", program, std::generic_category().message(error));
     int status = 0;
     while (::waitpid(child, &status, 0) < 0) {
-        if (errno != EINTR) return fmt::format("Lost sight of '{}'.", texts.front());
+        if (errno == ECHILD) return "";  // a host that ignores its children's ends is not told how this one ended
+        if (errno != EINTR) return fmt::format("Lost sight of '{}'.", program);
     }
-    return failureOf(texts.front(), status);
+    return failureOf(program, status);
 }
 
 }  // namespace ZkMobileBackup

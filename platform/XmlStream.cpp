@@ -42,8 +42,20 @@ void appendEscaped(std::string& target, std::string_view text, const Escapes& es
     target.append(text, start);
 }
 
+/// Whether there are only printable ASCII characters that stand for themselves, as in most texts. Looks at all of them,
+/// which is the fastest way.
+bool isWrittenAsItIs(std::string_view text) {
+    bool asItIs = true;
+    for (const char c : text) {
+        asItIs &= static_cast<signed char>(c) >= 0x20 && c != '&' && c != '<' && c != '>' && c != '"';
+    }
+    return asItIs;
+}
+
 void appendXmlText(std::string& target, std::string_view text, const Escapes& escapes) {
-    if (isXmlText(text)) {
+    if (isWrittenAsItIs(text)) {
+        target.append(text);
+    } else if (isXmlText(text)) {
         appendEscaped(target, text, escapes);
     } else {
         appendEscaped(target, xmlText(text), escapes);
@@ -115,16 +127,32 @@ void XmlStream::newLine() {
     text_.append(depth_ + open_.size(), '\t');
 }
 
-PrintedAround::PrintedAround(const pugi::xml_document& document, pugi::xml_node placeholder)
-    : before(prettyPrinted(document)) {
+PrintedAround::PrintedAround(const pugi::xml_document& document, pugi::xml_node placeholder) {
     for (pugi::xml_node above = placeholder.parent(); above.type() == pugi::node_element; above = above.parent()) {
         ++depth;
     }
-    const std::string line = fmt::format("{0}<{1}></{1}>\n", std::string(depth, '\t'), placeholder.name());
-    const std::size_t found = before.find(line);
-    if (found == std::string::npos) return;
-    behind = before.substr(found + line.size());
-    before.resize(found);
+    const std::string name = placeholder.name();
+    std::string mark;
+    std::size_t found = 0;
+    unsigned number = 0;
+    do {  // until the document has nothing else that reads like the placeholder
+        const std::string uniqueName = fmt::format("placeholder-{}", number++);
+        mark = fmt::format("<{0}></{0}>", uniqueName);
+        placeholder.set_name(uniqueName.c_str());
+        before = prettyPrinted(document);
+        found = before.find(mark);
+    } while (found != before.rfind(mark));
+    placeholder.set_name(name.c_str());
+    hasPlace = found != std::string::npos;
+    if (hasPlace) cutAt(found, mark.size());
+}
+
+void PrintedAround::cutAt(std::size_t position, std::size_t length) {
+    behind = before.substr(position + length);
+    before.resize(position);
+    // The content brings the indentation and the end of its lines along.
+    if (before.ends_with(std::string(depth, '\t'))) before.resize(position - depth);
+    if (behind.starts_with('\n')) behind.erase(0, 1);
 }
 
 }  // namespace ZkMobileBackup

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <pugixml.hpp>
 #include <string>
@@ -44,12 +45,17 @@ private:
 
 /// The document as text like prettyPrinted, but for one element, in whose place streamed content is to stand.
 struct PrintedAround {
-    /// `placeholder` is an element without content whose name occurs nowhere else.
+    /// `placeholder` is an element without attributes and content. It bears another name meanwhile, by which it is told
+    /// from everything else.
     PrintedAround(const pugi::xml_document& document, pugi::xml_node placeholder);
 
-    std::string before;
+    std::string before;  ///< the whole document where there is no place for the content
     std::string behind;
-    unsigned depth = 0;  ///< at which the content stands
+    unsigned depth = 0;     ///< at which the content stands
+    bool hasPlace = false;  ///< whether the placeholder is an element of the document
+
+private:
+    void cutAt(std::size_t position, std::size_t length);
 };
 
 }  // namespace ZkMobileBackup

@@ -69,9 +69,18 @@ Rows rowsOf(const ordered_json& json, const std::string& file) {
     return rows;
 }
 
+/// The name of a table becomes part of a file's name, and must not lead to another folder.
+void requireFileName(const std::string& name, const std::string& file) {
+    if (name != "." && name != ".." && name.find('/') == std::string::npos) return;
+    throw Failure(fmt::format("'{}' names a table '{}', which cannot name a file.", file, name));
+}
+
 Tables tablesOf(const ordered_json& json, const std::string& file) {
     Tables tables;
-    for (const auto& [name, rows] : json.items()) tables.set(name, rowsOf(rows, file));
+    for (const auto& [name, rows] : json.items()) {
+        requireFileName(name, file);
+        tables.set(name, rowsOf(rows, file));
+    }
     return tables;
 }
 
@@ -153,8 +162,7 @@ Action setUpDocument(CLI::App& command, Context& context) {
     const auto options = std::make_shared<Options>();
     command.add_option("ROWS.json", options->file, "An array of objects for one document, or an object of such arrays")
         ->required();
-    command.add_option("--output", options->output, "The document's path without extension, or a folder for several")
-        ->required();
+    addOutputOption(command, options->output, "The document's path without extension, or a folder for several");
     addTypeOption(command, options->type);
     command.add_flag("--json", options->json, "Print the paths of the files as JSON");
     return [options, &context] { run(*options, context); };

@@ -12,6 +12,13 @@ namespace zkmb {
 
 using ZkMobileBackup::DlxExportType;
 
+void addOutputOption(CLI::App& command, std::string& path, const std::string& description) {
+    const auto complaint = [](const std::string& value) {
+        return std::string(value.empty() ? "The path is empty" : "");
+    };
+    command.add_option("--output", path, description)->required()->check(CLI::Validator(complaint, ""));
+}
+
 void addTypeOption(CLI::App& command, DlxExportType& type) {
     std::vector<std::string> names;
     std::ranges::transform(ZkMobileBackup::kExportFormats, std::back_inserter(names),

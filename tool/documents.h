@@ -11,6 +11,9 @@ class App;
 
 namespace zkmb {
 
+/// Declares the option --output of a command; `path` receives its value, which is never empty.
+void addOutputOption(CLI::App& command, std::string& path, const std::string& description);
+
 /// Declares the option --type of a command; `type` receives its value.
 void addTypeOption(CLI::App& command, ZkMobileBackup::DlxExportType& type);
 

@@ -138,7 +138,7 @@ void run(const Options& options, Context& context) {
 Action setUpExport(CLI::App& command, Context& context) {
     const auto options = std::make_shared<Options>();
     command.add_option("BACKUP", options->backup, "Folder of a backup; nothing in it is changed")->required();
-    command.add_option("--output", options->output, "Folder for the files")->required();
+    addOutputOption(command, options->output, "Folder for the files");
     addTypeOption(command, options->type);
     command.add_option("--domain", options->domains, "Name of a domain as 'zkmb scan' shows it; may repeat")
         ->allow_extra_args(false);

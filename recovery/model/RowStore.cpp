@@ -155,19 +155,22 @@ void RowStore::moveToNewBlock(std::size_t size) {
     const auto written = static_cast<std::size_t>(end_ - row_);
     const std::size_t blockSize = std::max(nextBlockSize_, 2 * (written + size));
     nextBlockSize_ = std::min(kLargestBlockSize, nextBlockSize_ * 2);
-    blocks_.push_back(blockOf(blockSize));
-    std::uint8_t* const block = blocks_.back().get();
+    std::uint8_t* const block = addBlock(blockSize);
     std::copy(row_, end_, block);
     row_ = block;
     end_ = block + written;
     blockEnd_ = block + blockSize;
 }
 
-/// The block that was prepared while the last one was being filled, where there is one of that size.
-RowStore::Block RowStore::blockOf(std::size_t size) {
-    Block block = size == kLargestBlockSize && prepared_.valid() ? prepared_.get() : newBlock(size);
+/// The block that was prepared while the last one was being filled, where there is one of that size, or a new one.
+std::uint8_t* RowStore::addBlock(std::size_t size) {
+    if (size == kLargestBlockSize && prepared_.valid()) {
+        blocks_.push_back(prepared_.get());
+    } else {
+        blocks_.push_back(newBlock(size));
+    }
     if (nextBlockSize_ == kLargestBlockSize) prepareBlock();
-    return block;
+    return blocks_.back().get();
 }
 
 void RowStore::prepareBlock() {

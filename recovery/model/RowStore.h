@@ -101,7 +101,7 @@ private:
         if (static_cast<std::size_t>(blockEnd_ - end_) < size) moveToNewBlock(size);
     }
     void moveToNewBlock(std::size_t size);
-    Block blockOf(std::size_t size);
+    std::uint8_t* addBlock(std::size_t size);
     void prepareBlock();
     /// Where the text of the next cell goes, which is `length` bytes long.
     std::uint8_t* beginCell(std::size_t length);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -31,7 +30,10 @@ private:
     struct Key {
         std::int64_t number;  // that the text begins with
         std::string_view text;
-        auto operator<=>(const Key&) const = default;
+        bool operator==(const Key&) const = default;
+        bool operator<(const Key& other) const {
+            return number != other.number ? number < other.number : text < other.text;
+        }
     };
 
     std::size_t likelyPosition(std::int64_t number) const;

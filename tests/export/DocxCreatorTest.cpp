@@ -423,6 +423,12 @@ TEST_F(DocxCreatorTest, StandardHasAParagraphBehindTheTable) {
               (Texts{"w:p", "w:tbl", "w:p", "w:sectPr"}));
 }
 
+TEST_F(DocxCreatorTest, StandardHasNoTableWithoutCells) {
+    const Rows rows({Dictionary(), Dictionary()});
+    EXPECT_EQ(namesOfChildren(documentOf(rows, Profile::kStandard).body()), (Texts{"w:p", "w:p", "w:sectPr"}));
+    EXPECT_EQ(namesOfChildren(documentOf(rows).body()), (Texts{"w:p", "w:tbl", "w:sectPr"}));
+}
+
 TEST_F(DocxCreatorTest, ProfilesHaveTheSameTexts) {
     const Rows rows({wideRow(30), Dictionary{{"K3", "\t]]>\n"}}});
     EXPECT_EQ(documentOf(rows, Profile::kStandard).texts(), documentOf(rows, Profile::kLegacy).texts());

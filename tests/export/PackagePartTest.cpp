@@ -34,7 +34,9 @@ TEST_F(PackagePartTest, WhatCannotBeReadIsEmptyAndNamed) {
     const PackagePart missing(folder.path("missing.xml"));
     EXPECT_NE(missing.failure().find(folder.path("missing.xml")), std::string::npos);
     EXPECT_FALSE(missing.first("a"));
-    EXPECT_NE(PackagePart(partWith("<a><b></a>")).failure(), "");
+    const PackagePart malformed(partWith("<a><b></a>"));
+    EXPECT_NE(malformed.failure(), "");
+    EXPECT_FALSE(malformed.first("a"));
     EXPECT_NE(PackagePart(partWith("")).failure(), "");
 }
 
@@ -65,6 +67,17 @@ TEST_F(PackagePartTest, StreamedRowsStandInPlaceOfTheElement) {
     std::string expected = "<a>\n\t<b></b>\n\t<c></c>\n";
     for (int row = 0; row < kRows; ++row) expected += "\t<r>" + std::to_string(row) + "</r>\n";
     EXPECT_EQ(fileText(folder.path("streamed.xml")), "<?xml version=\"1.0\"?>\n" + expected + "\t<d></d>\n</a>\n");
+}
+
+TEST_F(PackagePartTest, NothingIsStreamedWithoutAPlace) {
+    const PackagePart part(partWith("<a><b/></a>"));
+    pugi::xml_document other;
+    for (const pugi::xml_node place : {pugi::xml_node(), appendElement(other, "b")}) {
+        EXPECT_EQ(part.write(folder.path("written.xml"), place,
+                             [](XmlStream& parent) { parent.begin("r").text("behind the end").end(); }),
+                  "");
+        EXPECT_EQ(fileText(folder.path("written.xml")), "<?xml version=\"1.0\"?>\n<a>\n\t<b></b>\n</a>\n");
+    }
 }
 
 TEST_F(PackagePartTest, FailureToWriteNamesThePart) {

@@ -1,10 +1,12 @@
 // What the packaged formats share: turns on the stage folder, template, packing, names, and runs that end too early.
 
+#include <cstdlib>
 #include <filesystem>
 #include <fmt/format.h>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <map>
 #include <string>
 #include <sys/stat.h>
 #include <thread>
@@ -12,11 +14,19 @@
 #include <vector>
 
 #include "base/MainQueue.h"
+#include "base/Termination.h"
 #include "export/DlxExporter.h"
 #include "export/DocxCreator.h"
+#include "export/NumbersCreator.h"
 #include "export/PackageFormat.h"
+#include "export/PagesCreator.h"
+#include "export/WriteNumberFiles.h"
+#include "export/WritePagesFiles.h"
+#include "export/WriteXlsxFile.h"
+#include "export/XlsxCreater.h"
 #include "tests/export/PackageTesting.h"
 #include "tests/support/CommandRun.h"
+#include "tests/support/ZipBuilder.h"
 
 namespace ZkMobileBackup {
 namespace {
@@ -285,6 +295,66 @@ TEST_F(PackagedRunTest, MissingTemplateIsNamedAndTheFolderPackedAsItIs) {
     EXPECT_DOUBLE_EQ(delegate.progress.back(), 1.0);
 }
 
+TEST_F(PackagedRunTest, DamagedTemplateIsNamedWhereverTheDamageIs) {
+    copyResources(folder.path("resources"));
+    const std::string path = folder.path("resources/test.docx");
+    const std::string whole = fileText(path);
+    const std::size_t content = whole.find("word/styles.xml") + 300;
+    for (const std::size_t position : {content, whole.rfind("PK\1\2"), whole.size() - 22}) {
+        std::string damaged = whole;
+        damaged[position] = static_cast<char>(~damaged[position]);
+        writeText(path, damaged);
+        const auto creator = docxCreator(markedRows("mark"));
+        creator->startConvert();
+        EXPECT_EQ(creator->failure(), "Cannot unpack the template '" + path + "': it is damaged.") << position;
+        EXPECT_DOUBLE_EQ(delegate.progress.back(), 1.0);
+    }
+}
+
+TEST_F(PackagedRunTest, TemplateWithAWrongChecksumIsUsedAndNamed) {
+    copyResources(folder.path("resources"));
+    const std::string path = folder.path("resources/test.docx");
+    const auto types = partsOf(path).at("[Content_Types].xml");
+    const auto document = partsOf(path).at("word/document.xml");
+    writeText(path, ZipBuilder()
+                        .add({.name = "[Content_Types].xml", .storedBytes = types, .checksum = 1})
+                        .addFile("word/document.xml", document)
+                        .bytes());
+    const auto creator = docxCreator(markedRows("mark"));
+    creator->startConvert();
+    EXPECT_EQ(creator->failure(), "Cannot unpack the template '" + path + "': it is damaged.");
+    EXPECT_THAT(allParts(creator->writtenPath()), HasSubstr(">mark<"));
+}
+
+TEST_F(PackagedRunTest, PartOfTheTemplateThatCannotBeWrittenIsNamed) {
+    copyResources(folder.path("resources"));
+    const std::string path = folder.path("resources/test.docx");
+    writeText(path, ZipBuilder().addFile("a/b", "x").addFile("a", "x").bytes());
+    const auto creator = docxCreator(markedRows("mark"));
+    creator->startConvert();
+    EXPECT_EQ(creator->failure(), fmt::format("Cannot unpack the template '{}': Cannot write '{}': Is a directory.",
+                                              path, stagePath("DocStage/a")));
+}
+
+TEST_F(PackagedRunTest, LockThatCannotBeTakenIsNamedAndNoDocumentMade) {
+    const std::string lock = stagePath("DocStage.lock");
+    fs::create_directories(lock);
+    const auto creator = docxCreator(markedRows("mark"));
+    creator->startConvert();
+    EXPECT_EQ(creator->failure(), "Cannot lock '" + lock + "': Is a directory.");
+    EXPECT_EQ(creator->writtenPath(), "");
+    EXPECT_FALSE(fs::exists(folder.path("Notes.docx")));
+}
+
+TEST_F(PackagedRunTest, ScriptOfTheHostNeedNotNameItsInterpreter) {
+    setScript("");
+    writeText(folder.path("resources/zipBuildWord.sh"), "echo package > \"$2\"\n");
+    const auto creator = docxCreator(markedRows("mark"));
+    creator->startConvert();
+    EXPECT_EQ(creator->failure(), "");
+    EXPECT_EQ(fileText(folder.path("Notes.docx")), "package\n");
+}
+
 TEST_F(PackagedRunTest, FailureReachesTheExporter) {
     setResourceFolder(folder.path("nowhere"));
     const auto exporter = DlxExporter::init();
@@ -316,17 +386,6 @@ TEST_F(PackagedRunTest, ReadOnlyOutputFolderIsNamed) {
     EXPECT_TRUE(fs::is_empty(folder.path("out")));
 }
 
-TEST_F(PackagedRunTest, FullDiskIsReportedAndLeavesNothingHalfWritten) {
-    // A limit on the size of files stands for the disk; programs are told of it as of a full one.
-    const CommandRun run = runCommand(
-        fmt::format("ulimit -f 8; trap '' XFSZ; {} 2>&1", exportCommand("docx", folder.path("Notes"), "mark", 2000)));
-    EXPECT_NE(run.status, 0);
-    EXPECT_THAT(run.output, HasSubstr("failure Cannot "));
-    EXPECT_THAT(run.output, HasSubstr("File too large"));
-    for (const std::string& name : folder.names()) EXPECT_EQ(name, "Notes.docx");
-    EXPECT_FALSE(stageExists());
-}
-
 TEST_F(PackagedRunTest, PathsMayHoldWhatAShellObeys) {
     const std::string name = "a b'c\"d$HOME `touch x`;\n*?\\";
     const std::string support = data.path(name);
@@ -349,8 +408,9 @@ TEST_F(PackagedRunTest, OutputNameMayBeginWithADash) {
     EXPECT_THAT(folder.names(), ElementsAre("-rf.docx"));
 }
 
+constexpr uid_t kUnknownUser = 54321;
+
 TEST_F(PackagedRunTest, UserWithoutHomeAsksTheHostToEndAndGetsNoDocument) {
-    constexpr const char* kUnknownUser = "54321";
     const std::string asUnknownUser =
         fmt::format("setpriv --reuid {} --clear-groups env -u HOME -u XDG_DATA_HOME ", kUnknownUser);
     fs::permissions(folder.path(), fs::perms::all);
@@ -364,9 +424,59 @@ TEST_F(PackagedRunTest, UserWithoutHomeAsksTheHostToEndAndGetsNoDocument) {
     EXPECT_THAT(folder.names(), IsEmpty());
 }
 
+/// What the parts of a package are made by, called on its own by a user without a home.
+int makePartsWithoutHome(const std::string& workingFolder) {
+    unsetenv("HOME");
+    unsetenv("XDG_DATA_HOME");
+    if (::chdir(workingFolder.c_str()) != 0 || ::setuid(kUnknownUser) != 0) return 2;
+    int requests = 0;
+    setTerminationHandler([&requests] { ++requests; });
+    const Rows rows = markedRows("mark");
+    DocxCreator::initWithDictionary(rows, "Notes")->initDocxFile();
+    XlsxCreater::initWithDictionary(rows, "Notes")->initXlsxFile();
+    NumbersCreator::initWithDictionary(rows, "Notes")->initNumsFile();
+    PagesCreator::initWithDictionary(rows, "Notes")->initPagesFile();
+    const bool wereAllNoticed = requests == 4;
+    DocxCreator::initWithDictionary(rows, "Notes")->writeWordFiles();
+    WriteXlsxFile::init()->writeXlsx(rows);
+    WriteNumberFiles::init()->writeNumbers(rows);
+    WritePagesFiles::init()->writePages(rows);
+    return wereAllNoticed ? 0 : 1;
+}
+
+TEST_F(PackagedRunTest, UserWithoutHomeKeepsTheWorkingFolderAsItIs) {
+    if (geteuid() != 0) GTEST_SKIP() << "Needs the superuser.";
+    for (const char* file : {"word/document.xml", "[Content_Types].xml", "xl/worksheets/sheet2.xml", "index.xml"}) {
+        writeText(folder.path(file), "<ls:document><w:body><kept/></w:body></ls:document>");
+    }
+    for (const auto& entry : fs::recursive_directory_iterator(folder.path())) fs::permissions(entry, fs::perms::all);
+    fs::permissions(folder.path(), fs::perms::all);
+    const auto before = folderContent(folder.path());
+    EXPECT_EXIT(std::exit(makePartsWithoutHome(folder.path())), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(folderContent(folder.path()), before);
+    EXPECT_THAT(folder.names(), ElementsAre("[Content_Types].xml", "index.xml", "word", "xl"));
+}
+
 /// Each packaged format.
 class EveryPackageTest : public PackageTest, public testing::WithParamInterface<const char*> {
 protected:
+    static std::shared_ptr<FileCreator> makeWriter(Rows rows, const std::string& path) {
+        const auto exporter = DlxExporter::init();
+        const std::string format = GetParam();
+        if (format == "docx") return exporter->docxExporterWithData(std::move(rows), path);
+        if (format == "xlsx") return exporter->xlsxExporterWithData(std::move(rows), path);
+        if (format == "numbers") return exporter->numbersExporterWithData(std::move(rows), path);
+        return exporter->pagesExporterWithData(std::move(rows), path);
+    }
+    CommandRun runExport(const std::string& before, std::size_t rows = 1) const {
+        return runCommand(before + exportCommand(GetParam(), folder.path("Notes"), "mark", rows) + " 2>&1");
+    }
+    /// Of this format.
+    std::string stageFolder() const {
+        const std::map<std::string, std::string> folders = {
+            {"docx", "DocStage"}, {"xlsx", "XlsStage"}, {"numbers", "NumStage"}, {"pages", "PgsStage"}};
+        return stagePath(folders.at(GetParam()));
+    }
     std::string documentName(const std::string& stem) const { return stem + "." + GetParam(); }
 };
 
@@ -378,6 +488,53 @@ void expectOnlyMark(const std::string& path, const std::string& mark) {
     const std::string parts = allParts(path);
     EXPECT_GT(occurrences(parts, mark), 0U) << path;
     EXPECT_EQ(occurrences(parts, "mark"), occurrences(parts, mark)) << path;
+}
+
+TEST_P(EveryPackageTest, FullDiskIsReportedAndLeavesNothingBesideTheDocument) {
+    // A limit on the size of files stands for the disk; programs are told of it as of a full one.
+    const CommandRun run = runExport("ulimit -f 8; trap '' XFSZ; ", 2000);
+    EXPECT_NE(run.status, 0);
+    EXPECT_THAT(run.output, HasSubstr("failure Cannot "));
+    EXPECT_THAT(run.output, HasSubstr("File too large"));
+    for (const std::string& name : folder.names()) EXPECT_EQ(name, documentName("Notes"));
+    EXPECT_FALSE(fs::exists(stageFolder()));
+}
+
+TEST_P(EveryPackageTest, OptionsOfTheUserForZipDoNotReachThePackage) {
+    ASSERT_EQ(runExport("ZIPOPT=-j ZIP=-j ").status, 0);
+    const auto parts = partsOf(folder.path(documentName("Notes")));
+    ASSERT_EQ(runExport("").status, 0);
+    EXPECT_EQ(parts, partsOf(folder.path(documentName("Notes(0)"))));
+}
+
+TEST_P(EveryPackageTest, StageFolderIsClosedToOtherUsersAndStaysWhenStoppedBeforePacking) {
+    const mode_t mask = umask(0);
+    const auto writer = makeWriter(markedRows("mark"), folder.path("Notes"));
+    writer->setIsStop(true);
+    writer->startConvert();
+    umask(mask);
+    EXPECT_EQ(fs::status(stageFolder()).permissions(), fs::perms::owner_all);
+    EXPECT_EQ(fs::status(stagePath("")).permissions(), fs::perms::owner_all);
+    EXPECT_FALSE(fs::is_empty(stageFolder()));
+    EXPECT_THAT(folder.names(), IsEmpty());
+}
+
+TEST_P(EveryPackageTest, LeftoversThatCannotBeRemovedBecomeNoPartOfADocument) {
+    const std::string locked = stageFolder() + "/locked";
+    writeText(locked + "/left", "x");
+    fs::permissions(locked, fs::perms::owner_read | fs::perms::owner_exec);
+    for (const std::string& path : {data.path(), stagePath(""), folder.path()}) fs::permissions(path, fs::perms::all);
+    const bool isSuperuser = geteuid() == 0;  // who may remove everything
+    const std::string user = isSuperuser ? fmt::format("setpriv --reuid {} --clear-groups ", kUnknownUser) : "";
+    if (runCommand(user + "test -x " + quoted(ZKMB_EXPORT_DOCUMENT) + " 2>&1").status != 0) {
+        GTEST_SKIP() << "Needs a build folder that others may enter.";
+    }
+    const CommandRun run = runExport(user);
+    EXPECT_NE(run.status, 0);
+    EXPECT_THAT(run.output, HasSubstr("failure Cannot remove '" + stageFolder() + "': "));
+    EXPECT_THAT(folder.names(), IsEmpty());
+    EXPECT_TRUE(fs::exists(locked + "/left"));
+    fs::permissions(locked, fs::perms::owner_all);
 }
 
 TEST_P(EveryPackageTest, EightProcessesGetTheirOwnDocuments) {
@@ -408,14 +565,6 @@ TEST_P(EveryPackageTest, EightProcessesThatWantOneNameEachGetOne) {
 TEST_P(EveryPackageTest, TwoThreadsGetTheirOwnDocuments) {
     constexpr int kDocuments = 3;
     const auto exportAll = [this](const std::string& mark) {
-        const auto exporter = DlxExporter::init();
-        const auto makeWriter = [&](Rows rows, const std::string& path) {
-            const std::string format = GetParam();
-            if (format == "docx") return exporter->docxExporterWithData(std::move(rows), path);
-            if (format == "xlsx") return exporter->xlsxExporterWithData(std::move(rows), path);
-            if (format == "numbers") return exporter->numbersExporterWithData(std::move(rows), path);
-            return exporter->pagesExporterWithData(std::move(rows), path);
-        };
         for (int i = 0; i < kDocuments; ++i) {
             makeWriter(markedRows(mark, 40), folder.path(mark + std::to_string(i)))->startConvert();
         }

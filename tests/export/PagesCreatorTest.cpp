@@ -195,6 +195,49 @@ TEST_F(PagesCreatorTest, RowsWithoutKeysWriteNoHeader) {
     EXPECT_THAT(attributesOf(document.grid()), ElementsAre("sf:ocnt=0", "sf:numcols=0", "sf:numrows=3"));
 }
 
+TEST_F(PagesCreatorTest, GridIsTheFirstOfThatNameAmongItsSiblings) {
+    creatorOf(Rows())->initPagesFile();
+    std::string index = fileText(indexPath());
+    const std::string before = "<sf:decoy><sf:grid><sf:datasource/></sf:grid></sf:decoy>";
+    const std::string behind = "<sf:grid><sf:datasource/></sf:grid>";
+    index.insert(index.find("<sf:grid "), before);
+    const std::string end = "</sf:grid>";
+    index.insert(index.rfind(end) + end.size(), behind);
+    writeText(indexPath(), index);
+    WritePagesFiles::init()->writePages(equalRows(3, rowOf({"A"})));
+    const Bundle document = stagedIndex();
+    const pugi::xml_node decoy = document.firstNamed("sf:decoy");
+    EXPECT_FALSE(decoy.first_child().child("sf:datasource").first_child());
+    const pugi::xml_node grid = decoy.next_sibling("sf:grid");
+    EXPECT_THAT(cellsWithStyle(grid.child("sf:datasource"), kDataStyle), SizeIs(3));
+    EXPECT_FALSE(grid.next_sibling("sf:grid").child("sf:datasource").first_child());
+}
+
+TEST_F(PagesCreatorTest, EmptyDataSourceElsewhereGetsNoCells) {
+    creatorOf(Rows())->initPagesFile();
+    std::string index = fileText(indexPath());
+    const std::string columns = "<sf:columns ";  // at the depth of the grid's own data source
+    const std::size_t grid = index.find("<sf:grid ");
+    const std::size_t columnsAt = index.find(columns, grid);
+    index.insert(columnsAt, "<sf:datasource/>");
+    writeText(indexPath(), index);
+    WritePagesFiles::init()->writePages(equalRows(3, rowOf({"A"})));
+    const Bundle written = stagedIndex();
+    EXPECT_FALSE(written.grid().first_child().first_child());
+    EXPECT_THAT(cellsWithStyle(written.grid().last_child(), kDataStyle), SizeIs(3));
+}
+
+TEST_F(PagesCreatorTest, DocumentElementIsFoundBelowAnotherRoot) {
+    creatorOf(Rows())->initPagesFile();
+    std::string index = fileText(indexPath());
+    index.insert(index.find("<sl:document"), "<other>");
+    writeText(indexPath(), index + "</other>");
+    WritePagesFiles::init()->writePages(equalRows(3, rowOf({"A"})));
+    const Bundle document = stagedIndex();
+    EXPECT_STREQ(document.root().name(), "other");
+    EXPECT_THAT(cellsWithStyle(document.dataSource(), kDataStyle), SizeIs(3));
+}
+
 TEST_F(PagesCreatorTest, TemplateOfAnotherShapeKeepsWhatIsNotFound) {
     writeText(indexPath(), "<sl:document><a/><b/><c/><d/></sl:document>");
     WritePagesFiles::init()->writePages(equalRows(3, rowOf({"A"})));

@@ -622,6 +622,24 @@ TEST_F(XlsxStandardProfile, TextsThatLookLikeEscapesAreEscaped) {
     EXPECT_EQ(workbookOf(rows).cells()[1], Texts{"_x0041_"});
 }
 
+TEST_F(XlsxStandardProfile, TextsBecomeNoEscapesByWhatXmlCannotCarry) {
+    const Rows rows({Dictionary{{"A",
+                                 "_x00\x01"
+                                 "41_"}}});
+    EXPECT_EQ(workbookOf(rows, Profile::kStandard).cells()[1], Texts{"_x005F_x0041_"});
+}
+
+TEST_F(XlsxStandardProfile, ColumnsBehindZZHaveThreeLetters) {
+    Dictionary row;
+    for (int i = 1; i <= 730; ++i) row.set("key" + std::to_string(i), "x");
+    const Texts references = workbookOf(Rows({row}), Profile::kStandard).references(0);
+    EXPECT_EQ(references[25], "Z1");
+    EXPECT_EQ(references[26], "AA1");
+    EXPECT_EQ(references[701], "ZZ1");
+    EXPECT_EQ(references[702], "AAA1");
+    EXPECT_EQ(references[728], "ABA1");
+}
+
 TEST_F(XlsxStandardProfile, EmptySheetHasTheLeastExtent) {
     const auto dimension = [](const Part& sheet) -> std::string {
         return sheet.root().child("dimension").attribute("ref").value();

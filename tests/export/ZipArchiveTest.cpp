@@ -620,6 +620,49 @@ TEST_F(ZipDamage, WrongChecksumIsNotMinded) {
     EXPECT_THAT(unpacked.files, ElementsAre(Pair("a", "text")));
 }
 
+TEST_F(ZipDamage, FailureOfUnpackingTellsWhatTheResultDoesNot) {
+    const LogLines quiet;
+    const auto failureOf = [this](const ZipBuilder& builder) {
+        writeText(folder_.path("some.zip"), builder.bytes());
+        const auto archive = ZipArchive::init();
+        archive->UnzipOpenFile(folder_.path("some.zip"));
+        archive->UnzipFileTo(destination(), true);
+        return archive->unzipFailure();
+    };
+    const std::string content = mixedText(20'000);
+    ZipBuilder whole;
+    whole.addFile("folder/", "").addFile("s", content);
+    whole.add({.name = "d", .storedBytes = deflated(content), .method = 8, .checksum = zipChecksum(content)});
+    EXPECT_EQ(failureOf(whole), "");
+    for (const ZipBuilderEntry& entry :
+         {ZipBuilderEntry{.name = "a", .storedBytes = "text", .checksum = 1},
+          ZipBuilderEntry{.name = "a", .storedBytes = deflated(content).substr(0, 10'000), .method = 8},
+          ZipBuilderEntry{.name = "../a", .storedBytes = "text", .checksum = zipChecksum("text")},
+          ZipBuilderEntry{.name = "a", .storedBytes = "text", .method = 99}}) {
+        EXPECT_EQ(failureOf(ZipBuilder().add(entry)), "it is damaged.") << entry.name << entry.method;
+    }
+    EXPECT_EQ(failureOf(ZipBuilder().addFile("s/b", "x")),
+              "Cannot write '" + inDestination("s/b") + "': Not a directory.");
+}
+
+TEST_F(ZipDamage, FailureOfUnpackingIsThatOfTheLastTime) {
+    writeText(folder_.path("some.zip"), ZipBuilder().addFile("a", "x").bytes());
+    const auto archive = ZipArchive::init();
+    EXPECT_FALSE(archive->UnzipFileTo(destination(), true));
+    EXPECT_EQ(archive->unzipFailure(), "it is damaged.");
+    ASSERT_TRUE(archive->UnzipOpenFile(folder_.path("some.zip")));
+    EXPECT_TRUE(archive->UnzipFileTo(destination(), true));
+    EXPECT_EQ(archive->unzipFailure(), "");
+}
+
+TEST_F(ZipDamage, EncryptedContentIsCheckedAsItReads) {
+    pack("secret", mixedText(9000), kPassword);
+    const auto archive = ZipArchive::init();
+    ASSERT_TRUE(archive->UnzipOpenFile(zipPath(), kPassword));
+    EXPECT_TRUE(archive->UnzipFileTo(destination(), true));
+    EXPECT_EQ(archive->unzipFailure(), "");
+}
+
 TEST_F(ZipDamage, SizeIsWhatTheStreamYieldsNotWhatTheEntryClaims) {
     const std::string content = mixedText(9000);
     for (const std::uint32_t claimed : {0U, 1U, 4097U, 0x7FFFFFFFU, 0xFFFFFFFEU}) {

@@ -28,6 +28,7 @@ TEST(FileLock, FileIsMadeHeldAndStaysEmpty) {
     {
         const FileLock lock(folder.path("lock"));
         EXPECT_FALSE(isFree(folder.path("lock")));
+        EXPECT_EQ(lock.failure(), "");
     }
     EXPECT_TRUE(isFree(folder.path("lock")));
     EXPECT_EQ(std::filesystem::file_size(folder.path("lock")), 0U);
@@ -66,6 +67,7 @@ TEST(FileLock, WhereItCannotBeMadeNobodyWaits) {
     const FileLock first(folder.path("missing/lock"));
     const FileLock second(folder.path("missing/lock"));
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+    EXPECT_EQ(second.failure(), "Cannot lock '" + folder.path("missing/lock") + "': No such file or directory.");
 }
 
 }  // namespace

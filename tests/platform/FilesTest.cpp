@@ -151,6 +151,27 @@ TEST(CreateDirectories, FailureNamesTheFolder) {
     EXPECT_THAT(createDirectories(folder.path("file/below")), HasSubstr(folder.path("file/below")));
 }
 
+TEST(CreatePrivateDirectories, WhatIsMadeIsClosedToOthersAndWhatExistsStaysAsItIs) {
+    const TemporaryFolder folder;
+    fs::create_directory(folder.path("open"));
+    const fs::perms before = fs::status(folder.path("open")).permissions();
+    const mode_t mask = umask(0);
+    EXPECT_EQ(createPrivateDirectories(folder.path("open/a/b")), "");
+    EXPECT_EQ(createPrivateDirectories(folder.path("open")), "");
+    umask(mask);
+    EXPECT_EQ(fs::status(folder.path("open/a")).permissions(), fs::perms::owner_all);
+    EXPECT_EQ(fs::status(folder.path("open/a/b")).permissions(), fs::perms::owner_all);
+    EXPECT_EQ(fs::status(folder.path("open")).permissions(), before);
+}
+
+TEST(CreatePrivateDirectories, FailureNamesTheFolder) {
+    const TemporaryFolder folder;
+    writeText(folder.path("file"), "");
+    EXPECT_EQ(createPrivateDirectories(folder.path("file")),
+              "Cannot create the folder '" + folder.path("file") + "': File exists.");
+    EXPECT_THAT(createPrivateDirectories(folder.path("file/below/it")), HasSubstr(folder.path("file")));
+}
+
 TEST(AbsolutePath, RelativePathStartsAtTheWorkingFolder) {
     EXPECT_EQ(absolutePath("a/b"), fs::current_path().string() + "/a/b");
     EXPECT_EQ(absolutePath("/a/b"), "/a/b");
@@ -203,7 +224,7 @@ TEST(ApplicationSupportFolder, RelativeOrEmptyVariableIsIgnored) {
 TEST(RemoveTree, FolderGoesWithAllItHolds) {
     const TemporaryFolder folder;
     writeText(folder.path("a/b/c"), "x");
-    removeTree(folder.path("a"));
+    EXPECT_EQ(removeTree(folder.path("a")), "");
     EXPECT_THAT(namesIn(folder), IsEmpty());
 }
 
@@ -221,8 +242,13 @@ TEST(RemoveTree, LinkIsRemovedAndNotFollowed) {
 
 TEST(RemoveTree, WhatIsNotThereIsNoFailure) {
     const TemporaryFolder folder;
-    removeTree(folder.path("missing/tree"));
+    EXPECT_EQ(removeTree(folder.path("missing/tree")), "");
     EXPECT_THAT(namesIn(folder), IsEmpty());
+}
+
+TEST(RemoveTree, WhatCannotBeRemovedIsNamed) {
+    // A file that not even the superuser removes.
+    EXPECT_THAT(removeTree("/proc/version"), HasSubstr("Cannot remove '/proc/version': "));
 }
 
 TEST(MakeFolderBeside, EachCallMakesANewEmptyFolderInTheSameFolder) {

@@ -144,6 +144,30 @@ TEST(PrintedAround, ContentStandsWhereThePlaceholderWas) {
     EXPECT_EQ(printed.before + content + printed.behind, prettyPrinted(whole));
 }
 
+TEST(PrintedAround, WhatReadsLikeThePlaceholderStays) {
+    constexpr const char* kDocument =
+        "<doc><a><rows></rows></a><!--<placeholder-0></placeholder-0>--><placeholder-1></placeholder-1><b><rows></rows>"
+        "</b></doc>";
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_string(kDocument, pugi::parse_default | pugi::parse_comments));
+    const pugi::xml_node rows = document.child("doc").child("b").child("rows");
+    const PrintedAround printed(document, rows);
+    EXPECT_EQ(printed.depth, 2U);
+    EXPECT_EQ(printed.before,
+              "<?xml version=\"1.0\"?>\n<doc>\n\t<a>\n\t\t<rows></rows>\n\t</a>\n"
+              "\t<!--<placeholder-0></placeholder-0>-->\n\t<placeholder-1></placeholder-1>\n\t<b>\n");
+    EXPECT_EQ(printed.behind, "\t</b>\n</doc>\n");
+    EXPECT_STREQ(rows.name(), "rows");
+}
+
+TEST(PrintedAround, PlaceAmongTextsIsFound) {
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_string("<doc>text<rows></rows>more</doc>"));
+    const PrintedAround printed(document, document.child("doc").child("rows"));
+    EXPECT_EQ(printed.before, "<?xml version=\"1.0\"?>\n<doc>text");
+    EXPECT_EQ(printed.behind, "more</doc>\n");
+}
+
 TEST(PrintedAround, NoContentLeavesNothingOfThePlaceholder) {
     pugi::xml_document document;
     const pugi::xml_node body = appendElement(document, "body");

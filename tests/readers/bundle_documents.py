@@ -36,21 +36,28 @@ def check_texts(document, found, expected):
         assert row == wanted, f"{document}: row {position} reads {row!r:.300} instead of {wanted!r:.300}"
 
 
-def check_spreadsheet(sheet, rows):
+def spreadsheet_texts(sheet):
     with open(sheet, encoding="utf-8", newline="") as file:
-        found = [[reading.as_xml_reads(text) for text in row] for row in csv.reader(file)]
-    check_texts(sheet, found, [[reading.as_xml_reads(text) for text in row] for row in expected_texts(rows)])
+        return [[reading.as_xml_reads(text) for text in row] for row in csv.reader(file)]
+
+
+def check_spreadsheet(sheet, rows):
+    check_texts(sheet, spreadsheet_texts(sheet), [[reading.as_xml_reads(text) for text in row] for row in expected_texts(rows)])
 
 
 def squeezed(text):
     return " ".join(text.split())
 
 
-def check_text_document(document, rows):
+def text_document_texts(document):
+    """The texts of the first table; blanks and line ends are single blanks."""
     table = next(xml.etree.ElementTree.parse(document).iter(TABLE + "table"))
-    found = [[squeezed(" ".join(cell.itertext())) for cell in row.iter(TABLE + "table-cell")]
-             for row in table.iter(TABLE + "table-row")]
-    check_texts(document, found, [[squeezed(text) for text in row] for row in expected_texts(rows)])
+    return [[squeezed(" ".join(cell.itertext())) for cell in row.iter(TABLE + "table-cell")]
+            for row in table.iter(TABLE + "table-row")]
+
+
+def check_text_document(document, rows):
+    check_texts(document, text_document_texts(document), [[squeezed(text) for text in row] for row in expected_texts(rows)])
 
 
 def check_pdf(pdf, rows):

@@ -20,12 +20,15 @@ def expected_texts(rows):
     return [titles] + [[row.get(title, "") for title in titles] for row in rows]
 
 
-def check_by_python_docx(path, rows):
+def texts_by_python_docx(path):
     found = docx.Document(path).tables
     assert len(found) == 1, f"{path}: {len(found)} tables"
-    texts = [[docx.table._Cell(cell, found[0]).text for cell in row.tc_lst] for row in found[0]._tbl.tr_lst]
+    return [[docx.table._Cell(cell, found[0]).text for cell in row.tc_lst] for row in found[0]._tbl.tr_lst]
+
+
+def check_by_python_docx(path, rows):
     expected = [[reading.as_xml_reads(text) for text in row] for row in expected_texts(rows)]
-    assert texts == expected, f"{path}: texts differ"
+    assert texts_by_python_docx(path) == expected, f"{path}: texts differ"
 
 
 def is_printed_plainly(text):

@@ -19,11 +19,14 @@ def expected_texts(rows):
             for row in [titles] + [[row.get(title, "") for title in titles] for row in rows]]
 
 
+def texts_of(sheet):
+    return [[cell or "" for cell in row] for row in sheet.iter_rows(values_only=True)]
+
+
 def check_by_openpyxl(path, rows):
     sheet, = openpyxl.load_workbook(path).worksheets
     assert sheet.title == "Page 1", f"{path}: {sheet.title}"
-    texts = [[cell or "" for cell in row] for row in sheet.iter_rows(values_only=True)]
-    assert texts == expected_texts(rows), f"{path}: texts differ"
+    assert texts_of(sheet) == expected_texts(rows), f"{path}: texts differ"
     assert sheet.sheet_format.baseColWidth == 21, f"{path}: column width"
 
 

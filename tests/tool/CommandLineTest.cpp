@@ -39,6 +39,9 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"export", "backup", "--output", "out", "--type", "7"},
                     std::vector<std::string>{"document", "rows.json", "--output", "out", "--type", "7"},
                     std::vector<std::string>{"export", "backup", "--output", "out", "--type", "html", "--only", "all"},
+                    std::vector<std::string>{"export", "backup", "--output", "", "--type", "html"},
+                    std::vector<std::string>{"document", "rows.json", "--output", "", "--type", "html"},
+                    std::vector<std::string>{"document", "rows.json", "--output=", "--type", "html"},
                     std::vector<std::string>{"document", "rows.json", "--output", "out"}));
 
 TEST(CommandLine, VersionIsThatOfTheLibrary) {

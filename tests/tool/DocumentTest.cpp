@@ -84,6 +84,26 @@ TEST_F(Document, FileThatCannotBeWrittenIsAFailure) {
     EXPECT_THAT(run(R"([{"a": "b"}])"), FailsWithOneSentenceNaming(folder_.path("out")));
 }
 
+class NameThatLeavesTheFolder : public Document, public testing::WithParamInterface<const char*> {};
+
+TEST_P(NameThatLeavesTheFolder, IsAFailureAndNothingIsWritten) {
+    const std::string name = GetParam();
+    const ToolResult result = run(R"({"first": [{"a": "b"}], ")" + name + R"(": [{"a": "b"}]})");
+    EXPECT_THAT(result, FailsWithOneSentenceNaming("'" + folder_.path("rows.json") + "' names a table '" + name + "'"));
+    EXPECT_EQ(folderContent(folder_.path()).size(), 1U);  // the rows alone
+}
+
+INSTANTIATE_TEST_SUITE_P(Document, NameThatLeavesTheFolder,
+                         testing::Values("../evil", "/", "/tmp/evil", "a/b", "a/", ".", ".."));
+
+TEST_F(Document, DotsInANameAreNoHarm) {
+    const ToolResult result = run(R"({"...": [{"a": "b"}], "..a": [{"a": "b"}], "": [{"a": "b"}]})");
+    ASSERT_THAT(result, SucceedsSilently());
+    for (const char* name : {"...", "..a", ""}) {
+        EXPECT_TRUE(std::filesystem::exists(output() + "/" + name + "_ExportFile.html")) << name;
+    }
+}
+
 TEST_F(Document, FolderThatTakesNoFilesIsAFailure) {
     writeText(folder_.path("rows.json"), R"([{"a": "b"}])");
     EXPECT_THAT(runTool({"document", folder_.path("rows.json"), "--output", "/proc/self/document", "--type", "html"}),
