@@ -261,7 +261,7 @@ int main(int argc, char** argv) {
     }
     for (const int count : {1'000, 10'000, 100'000}) measureNotesAndCalendar(count);
     const Dictionary map = contactsMap();
-    for (const int count : {5'000, 50'000}) measureContacts(count);
+    for (const int count : {25'000, 50'000}) measureContacts(count);
     for (const int count : {20'000, 200'000}) measureCalls(count, map);
     for (const int count : {10'000, 100'000}) measureMessages(count, map);
     measureMessagesAndParse(argv[1], map);

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <fmt/format.h>
+#include <mutex>
 #include <optional>
 
 #include "base/Text.h"
@@ -42,6 +43,12 @@ std::tm localTime(std::time_t instant) {
     return fields;
 }
 
+/// Held while the C library reads the zone setting and works by it: it frees and replaces what it has read before.
+std::mutex& zoneInUse() {
+    static std::mutex& mutex = *new std::mutex;  // never destroyed: jobs may still ask while the process ends
+    return mutex;
+}
+
 /// At least four digits, the sign not counted.
 std::string yearText(const std::tm& fields) {
     const int year = fields.tm_year + 1900;
@@ -58,6 +65,7 @@ std::string minuteText(const std::tm& fields) {
 class LocalDay {
 public:
     explicit LocalDay(std::time_t instant) : zone_(zoneSetting()) {
+        const std::lock_guard lock(zoneInUse());
         tzset();  // localtime_r reads the zone setting only once by itself
         const std::tm fields = localTime(instant);
         start_ = instant - secondOfDay(fields);

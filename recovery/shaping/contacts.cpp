@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
+#include <vector>
 
 #include "base/TextCleaning.h"
 #include "recovery/shaping/multi_values.h"
@@ -80,27 +80,33 @@ std::string lookUpKey(std::string text) {
     return text;
 }
 
-/// Which person names which lists. Of several persons with one number the last one names it.
+/// Which person names whose lists. Of several persons with one number the last one names it.
 class Namings {
 public:
-    void add(const Dictionary& lists, std::string name) {
-        last_[&lists] = namings_.size();
-        namings_.push_back({&lists, std::move(name)});
+    explicit Namings(const MultiValues& multiValues)
+        : multiValues_(multiValues), lastNaming_(multiValues.ownerCount(), kNone) {}
+
+    void add(std::size_t owner, std::string name) {
+        lastNaming_[owner] = namings_.size();
+        namings_.push_back({owner, std::move(name)});
     }
 
-    /// Applies the namings in their order, but of each lists' own only the first, which gives its numbers their places
+    /// Applies the namings in their order, but of each owner's own only the first, which gives its numbers their places
     /// in the map, and the last, which gives them their name: any number of persons may share one key.
     void applyTo(Dictionary& contactsMap) const {
-        std::unordered_set<const Dictionary*> placed;
+        std::vector<bool> placed(lastNaming_.size());
         for (std::size_t i = 0; i < namings_.size(); ++i) {
-            const auto& [lists, name] = namings_[i];
-            if (placed.insert(lists).second || last_.at(lists) == i) setNames(contactsMap, *lists, name);
+            const auto& [owner, name] = namings_[i];
+            if (placed[owner] && lastNaming_[owner] != i) continue;
+            placed[owner] = true;
+            setNames(contactsMap, multiValues_.listsOf(owner), name);
         }
     }
 
 private:
+    static constexpr auto kNone = static_cast<std::size_t>(-1);
     struct Naming {
-        const Dictionary* lists;
+        std::size_t owner;
         std::string name;
     };
 
@@ -114,8 +120,9 @@ private:
         }
     }
 
+    const MultiValues& multiValues_;
     std::vector<Naming> namings_;
-    std::unordered_map<const Dictionary*, std::size_t> last_;
+    std::vector<std::size_t> lastNaming_;  // by owner
 };
 
 // ---- Persons ----
@@ -124,13 +131,16 @@ class Persons {
 public:
     Persons(const TableShaper& shaper, const RowFactory& rows, const RawTableObject& persons,
             const RawTableObject& multiValues)
-        : rows_(rows), multiValues_(shaper, multiValues), organization_(columnIndex(persons, "Organization")) {}
+        : rows_(rows),
+          multiValues_(shaper, multiValues),
+          organization_(columnIndex(persons, "Organization")),
+          namings_(multiValues_) {}
 
     Dictionary rowOf(const Row& person) {
         const auto name = personName(person);
-        const Dictionary* lists = multiValues_.find(integerCell(person, kPersonKeyCell));
-        Dictionary row = lists != nullptr ? rowWith(*lists) : rows_.newRow();
-        if (lists != nullptr && name) namings_.add(*lists, *name);
+        const auto owner = multiValues_.find(integerCell(person, kPersonKeyCell));
+        Dictionary row = owner ? rowWith(multiValues_.listsOf(*owner)) : rows_.newRow();
+        if (owner && name) namings_.add(*owner, *name);
         row.set("name", namesNobody(name) ? std::string(kUnknownPerson) : withSpacesForInvisible(*name));
         setDetails(row, person);
         return row;

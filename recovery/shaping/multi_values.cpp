@@ -129,9 +129,10 @@ MultiValues::MultiValues(const TableShaper& shaper, const RawTableObject& table)
     std::ranges::stable_sort(owners_, {}, &Owner::personKey);
 }
 
-const Dictionary* MultiValues::find(std::int64_t personKey) const {
+std::optional<std::size_t> MultiValues::find(std::int64_t personKey) const {
     const auto found = std::ranges::lower_bound(owners_, personKey, {}, &Owner::personKey);
-    return found != owners_.end() && found->personKey == personKey ? &found->lists : nullptr;
+    if (found == owners_.end() || found->personKey != personKey) return std::nullopt;
+    return static_cast<std::size_t>(found - owners_.begin());
 }
 
 }  // namespace ZkMobileBackup::shaping

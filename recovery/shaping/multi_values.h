@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -23,9 +25,11 @@ public:
     /// Reads the table of all persons' values, until a stop request.
     MultiValues(const TableShaper& shaper, const RawTableObject& table);
 
-    /// The lists of the first owner whose key reads as this number, live owners before carved ones; each list under its
-    /// name, in the order in which they were begun. Null for none.
-    const Dictionary* find(std::int64_t personKey) const;
+    /// Number of the first owner whose key reads as this number, live owners before carved ones; nothing for none.
+    std::optional<std::size_t> find(std::int64_t personKey) const;
+    std::size_t ownerCount() const { return owners_.size(); }
+    /// The lists of an owner, each under its name, in the order in which they were begun.
+    const Dictionary& listsOf(std::size_t owner) const { return owners_[owner].lists; }
 
 private:
     struct Owner {
