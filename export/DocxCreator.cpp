@@ -35,8 +35,7 @@ constexpr const char* kSpacerLine = "240";
 
 /// Adds a type for files with an extension behind the first of the existing ones.
 void addContentType(pugi::xml_node types, const char* extension, const char* contentType) {
-    const pugi::xml_node second = PackagePart::child(types, 1);
-    const pugi::xml_node added = second ? types.insert_child_before("Default", second) : types.append_child("Default");
+    const pugi::xml_node added = PackagePart::insertChild(types, 1, "Default");
     setAttribute(added, "Extension", extension);
     setAttribute(added, "ContentType", contentType);
 }
@@ -133,7 +132,8 @@ pugi::xml_node DocxCreator::writeReturn(const std::string& lineSpacing) {
 }
 
 void DocxCreator::setTableNode(XmlStream& body) {
-    if (DictionArr().empty() || (getAllKey().empty() && !docxManner(profile()).tableWithoutColumns)) return;
+    const bool hasCells = !std::ranges::all_of(DictionArr(), &Dictionary::empty);
+    if (DictionArr().empty() || (!hasCells && !docxManner(profile()).tableWithoutColumns)) return;
     body.begin("w:tbl");
     SetTable(body, static_cast<std::int32_t>(DictionArr().size()));
     body.end();

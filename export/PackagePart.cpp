@@ -36,6 +36,11 @@ pugi::xml_node PackagePart::child(pugi::xml_node parent, std::size_t position) {
     return {};
 }
 
+pugi::xml_node PackagePart::insertChild(pugi::xml_node parent, std::size_t position, const char* name) {
+    const pugi::xml_node next = child(parent, position);
+    return next ? parent.insert_child_before(name, next) : parent.append_child(name);
+}
+
 std::string PackagePart::write(const std::string& path) const {
     return replaceFile(path, prettyPrinted(document_));
 }

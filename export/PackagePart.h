@@ -21,6 +21,8 @@ public:
     pugi::xml_node first(const char* name) const;
     /// Child element `position`, counted from 0 without white space and comments; null for none.
     static pugi::xml_node child(pugi::xml_node parent, std::size_t position);
+    /// A new child element at that position, the last one where the parent has fewer.
+    static pugi::xml_node insertChild(pugi::xml_node parent, std::size_t position, const char* name);
 
     const std::string& failure() const { return failure_; }
     /// Writes the document, pretty-printed, in place of the file. Returns an empty text or the reason of the failure.

@@ -65,11 +65,6 @@ std::size_t childCount(pugi::xml_node parent) {
     return count;
 }
 
-pugi::xml_node insertChild(pugi::xml_node parent, std::size_t position, const char* name) {
-    const pugi::xml_node next = PackagePart::child(parent, position);
-    return next ? parent.insert_child_before(name, next) : parent.append_child(name);
-}
-
 void addRelationship(pugi::xml_node relationships, std::string_view id, std::string_view type,
                      std::string_view target) {
     const pugi::xml_node relationship = appendElement(relationships, "Relationship");
@@ -211,7 +206,8 @@ void WriteXlsxFile::writeWorkbook() {
     editPart("xl/workbook.xml", [](PackagePart& part) {
         pugi::xml_node workbook = part.document().document_element();
         workbook.remove_child(PackagePart::child(workbook, kSheetsPosition));
-        const pugi::xml_node sheet = appendElement(insertChild(workbook, kSheetsPosition, "sheets"), "sheet");
+        const pugi::xml_node sheet =
+            appendElement(PackagePart::insertChild(workbook, kSheetsPosition, "sheets"), "sheet");
         setAttribute(sheet, "name", "Page 1");
         setAttribute(sheet, "sheetId", "1");
         setAttribute(sheet, "r:id", "rId1");
@@ -222,7 +218,8 @@ void WriteXlsxFile::writeStyles() {
     editPart("xl/styles.xml", [](PackagePart& part) {
         constexpr const char* kCellFormats = "cellXfs";
         const pugi::xml_node styles = part.document().document_element();
-        const pugi::xml_node formats = insertChild(styles, removeChildrenNamed(styles, kCellFormats), kCellFormats);
+        const pugi::xml_node formats =
+            PackagePart::insertChild(styles, removeChildrenNamed(styles, kCellFormats), kCellFormats);
         setAttribute(formats, "count", "2");
         addCellFormat(formats);
         addCellFormat(formats);
