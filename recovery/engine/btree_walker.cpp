@@ -52,6 +52,7 @@ void BtreeWalker::walkInterior() {
         const std::int64_t child = state_.pageStart(childNumber(page, page.nextChild++));
         state_.enterPage(child);
         if (!state_.isBeforeEnd(child)) continue;
+        fetchNextChild(page);
         const std::uint8_t childType = state_.visitPage();
         if (childType == kLeafTablePage) walkLeaf();
         // A page that is its own ancestor would be walked for ever.
@@ -72,6 +73,12 @@ std::uint32_t BtreeWalker::childNumber(const InteriorPage& page, std::uint32_t c
     if (child == page.cellCount) return fields.big32(kRightmostChildField);
     const std::int64_t pointer = fields.big16(kInteriorPointers + kPointerSize * child);
     return fields.big32(isSchema() ? pointer - kFileHeaderSize : pointer);
+}
+
+/// While one page is worked on, the processor fetches the next. Which page that is counts only once it is entered.
+void BtreeWalker::fetchNextChild(const InteriorPage& page) const {
+    if (page.nextChild > page.cellCount) return;
+    state_.image().fetchAhead(state_.pageStart(childNumber(page, page.nextChild)), state_.header->pageSize());
 }
 
 void BtreeWalker::walkLeaf() {

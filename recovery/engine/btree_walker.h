@@ -36,6 +36,7 @@ private:
     bool isSchema() const { return table_.tableType() == RawTableObject::kSchemaTable; }
     InteriorPage interiorPageAtCursor() const;
     std::uint32_t childNumber(const InteriorPage& page, std::uint32_t child) const;
+    void fetchNextChild(const InteriorPage& page) const;
     bool rowidLeads() const;
     void appendRow(Row row);
 

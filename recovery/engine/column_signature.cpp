@@ -69,16 +69,26 @@ ColumnSignature::Match ColumnSignature::matchAt(const ByteImage& image, std::int
 [[gnu::always_inline]] inline ColumnSignature::Match ColumnSignature::testsAt(const ByteImage& image,
                                                                               std::int64_t position,
                                                                               std::int64_t dbEnd) const {
+    const std::span<const std::uint8_t> bytes = image.bytes(position, dbEnd - position);
+    std::size_t at = 0;
+    // The serial type's number stands in for the content's size: more than the record really takes.
     std::uint64_t length = 0;
     std::uint64_t anyType = 0;
     const ColumnTest* test = tests_.data();
     const ColumnTest* const testsEnd = test + tests_.size();
-    for (; test != testsEnd && position < dbEnd; ++test) {
-        const Varint stored = image.shortVarint(position, dbEnd);
+    for (;; ++test) {
+        // Nearly all serial types take one byte.
+        for (; test != testsEnd && at < bytes.size() && bytes[at] < kFirstLongSerialType; ++test, ++at) {
+            if (!test->acceptsSingle(bytes[at])) return {false, low16(length)};
+            length += 1U + bytes[at];
+            anyType |= bytes[at];
+        }
+        const std::int64_t rest = position + static_cast<std::int64_t>(at);
+        if (test == testsEnd || rest >= dbEnd) break;
+        const Varint stored = image.shortVarint(rest, dbEnd);
         if (!test->acceptsStored(stored.value) || stored.tooLong()) return {false, low16(length)};
-        // The serial type's number stands in for the content's size: more than the record really takes.
         length += static_cast<std::uint64_t>(stored.consumed) + stored.value;
-        position += stored.advance;
+        at += static_cast<std::size_t>(stored.advance);
         anyType |= stored.value;
     }
     return {true, low16(length), anyType == 0 && length == tests_.size() && test == testsEnd};
@@ -111,11 +121,12 @@ std::int64_t ColumnSignature::nextMatch(const ByteImage& image, std::int64_t pos
 /// bytes once and keeps every start that is still possible.
 [[gnu::always_inline]] inline std::size_t ColumnSignature::quickLook(std::span<const std::uint8_t> bytes,
                                                                      std::size_t at, std::size_t end) const {
+    const Starts decided = decided_;
     Starts starts = 0;
-    for (; at < end && (starts & decided_) == 0; ++at) {
+    for (; at < end && (starts & decided) == 0; ++at) {
         starts = (starts << 1U | 1U | kUndecided) & possibleStarts_[bytes[at]];
     }
-    for (; at < bytes.size() && starts != 0 && (starts & decided_) == 0; ++at) {
+    for (; at < bytes.size() && starts != 0 && (starts & decided) == 0; ++at) {
         starts = (starts << 1U | kUndecided) & possibleStarts_[bytes[at]];
     }
     const auto sinceEarliest = static_cast<std::size_t>(std::bit_width(starts & ~kUndecided));

@@ -40,6 +40,8 @@ private:
     public:
         explicit ColumnTest(const ColumnType& type);
         bool accepts(std::int32_t serialType) const;
+        /// The same for a serial type below kFirstLongSerialType.
+        bool acceptsSingle(std::uint8_t serialType) const { return acceptsShort_[serialType]; }
         /// The same for the stored number, of which only the low 32 bits count. Those from kFirstLongSerialType on are
         /// all alike in one parity, but for a default that is one of them.
         bool acceptsStored(std::uint64_t stored) const {

@@ -43,13 +43,22 @@ public:
         body_ = wrappedSum32(body_, shape.size);
         ++count_;
     }
-    /// Appends the cells of the serial types of one byte that `bytes` begins with; returns their number.
+    /// Appends the cells of the valid serial types of one byte that `bytes` begins with; returns their number. Works on
+    /// locals, since it is the inner loop of all decoding.
     std::size_t appendSingles(std::span<const std::uint8_t> bytes) {
+        const std::int32_t contentStart = contentStart_;
+        const std::uint64_t longest = longest_;
+        std::int32_t body = body_;
         std::size_t at = 0;
-        while (at < bytes.size() && bytes[at] < kFirstLongSerialType) {
-            append(kShortCellShapes[bytes[at++]]);
-            if (ended()) break;
+        while (at < bytes.size() && static_cast<std::uint64_t>(body) <= longest) {
+            const SingleByteShape shape = kSingleByteShapes[bytes[at]];
+            if (!shape.valid()) break;
+            cells_.emplace_back(shape.cellType, wrappedSum32(contentStart, body), shape.size);
+            body = wrappedSum32(body, shape.size);
+            ++at;
         }
+        body_ = body;
+        count_ += static_cast<std::int32_t>(at);
         return at;
     }
     /// The length of all cells' content.

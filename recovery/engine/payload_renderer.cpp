@@ -32,8 +32,32 @@ std::string_view readableText(std::span<const std::uint8_t> bytes) {
 
 }  // namespace
 
-/// Part of the loop over all cells of all records.
-[[gnu::always_inline]] inline void PayloadRenderer::appendCell(RowStore& row, const ByteImage& image,
+// These three are parts of the loop over all cells of all records: inlined, they leave the writer in registers.
+
+[[gnu::always_inline]] inline void PayloadRenderer::appendText(RowWriter& row, std::int64_t content,
+                                                               std::int64_t length) {
+    if (length > kTextChunk) {
+        row.append(text(state_.image(), content, length, state_.reader->dbEnd()));
+    } else {
+        row.append(readableText(state_.image().bytes(content, length)));
+    }
+}
+
+[[gnu::always_inline]] inline void PayloadRenderer::appendBlob(RowWriter& row, std::int64_t content,
+                                                               std::int64_t length) {
+    DlxSQLiteDBHeader& header = *state_.header;
+    if (header.reportBlobs() != 0) {
+        if (static_cast<std::uint64_t>(length) >= header.blobSizeLimit()) {
+            writeBlobFile(state_.image(), content, length, header.blobCount());
+        } else {
+            // Blobs are shown with their length cut to 16 bits: one of 65536 bytes is the empty text.
+            row.appendHexDigits(state_.image().bytes(content, low16(length)));
+        }
+    }
+    header.setBlobCount(wrappedSum32(header.blobCount(), 1));
+}
+
+[[gnu::always_inline]] inline void PayloadRenderer::appendCell(RowWriter& row, const ByteImage& image,
                                                                Rendering rendering, std::int64_t content,
                                                                std::int32_t size) {
     const auto signedByte = [&image](std::int64_t at) { return static_cast<std::int8_t>(image.byte(at)); };
@@ -41,11 +65,11 @@ std::string_view readableText(std::span<const std::uint8_t> bytes) {
         case Rendering::kInvalid:
             return;
         case Rendering::kNull:
-            return row.appendCell(RowStore::FrequentText::kNull);
+            return row.append(FrequentText::kNull);
         case Rendering::kZero:
-            return row.appendCell(RowStore::FrequentText::kZero);
+            return row.append(FrequentText::kZero);
         case Rendering::kOne:
-            return row.appendCell(RowStore::FrequentText::kOne);
+            return row.append(FrequentText::kOne);
         case Rendering::kSigned8:
             return row.appendInteger(std::int32_t{signedByte(content)});
         case Rendering::kUnsigned16:
@@ -59,22 +83,21 @@ std::string_view readableText(std::span<const std::uint8_t> bytes) {
         case Rendering::kFolded64:
             return row.appendInteger(wrappedSum32(signed32(image.big32(content) << 8U), image.big16(content + 4)));
         case Rendering::kFirstByte:
-            return row.appendCell(firstByteNumber(image, content));
+            return row.append(firstByteNumber(image, content));
         case Rendering::kBlob:
-            return appendBlob(content, size);
+            return appendBlob(row, content, size);
         case Rendering::kText:
-            if (size > kTextChunk || !row.appendPlainCell(image.bytes(content, size))) appendText(content, size);
+            if (size > kTextChunk || !row.appendPlain(image.bytes(content, size))) appendText(row, content, size);
             return;
     }
 }
 
 std::optional<Row> PayloadRenderer::render(PayloadObject& payload, std::int64_t mode) {
     mapContent(payload);
-    RowStore& row = *state_.rows;
-    row.beginRow();
+    RowWriter row = state_.rows->beginRow();
     const bool keyIsRowid = mode == kLiveCell && payload.ignoreFirstFiled();
     if (mode != kLiveCell) {
-        row.appendCell(RowStore::FrequentText::kMinusOne);
+        row.append(FrequentText::kMinusOne);
     } else if (keyIsRowid) {
         row.appendInteger(static_cast<std::int64_t>(payload.rowid()));
     }
@@ -86,14 +109,14 @@ std::optional<Row> PayloadRenderer::render(PayloadObject& payload, std::int64_t 
         const std::int64_t content = base + cell.offset();
         const Rendering rendering = serialTypeOfCell(cell.type()).rendering;
         if (content > dbEnd) {
-            row.appendCell("");
+            row.append("");
         } else if (rendering == Rendering::kInvalid) {
             return std::nullopt;
         } else {
             appendCell(row, image, rendering, content, cell.size());
         }
     }
-    return row.finishRow();
+    return row.finish();
 }
 
 void PayloadRenderer::mapContent(PayloadObject& payload) {
@@ -105,27 +128,6 @@ void PayloadRenderer::mapContent(PayloadObject& payload) {
         return;
     }
     payload.setMappedDataEndpoint(spliceOverflowPages(state_, payload.overFlowPageList(), pageLimit - kPageNumberSize));
-}
-
-void PayloadRenderer::appendText(std::int64_t content, std::int64_t length) {
-    if (length > kTextChunk) {
-        state_.rows->appendCell(text(state_.image(), content, length, state_.reader->dbEnd()));
-    } else {
-        state_.rows->appendCell(readableText(state_.image().bytes(content, length)));
-    }
-}
-
-void PayloadRenderer::appendBlob(std::int64_t content, std::int64_t length) {
-    DlxSQLiteDBHeader& header = *state_.header;
-    if (header.reportBlobs() != 0) {
-        if (static_cast<std::uint64_t>(length) >= header.blobSizeLimit()) {
-            writeBlobFile(state_.image(), content, length, header.blobCount());
-        } else {
-            // Blobs are shown with their length cut to 16 bits: one of 65536 bytes is the empty text.
-            state_.rows->appendHexDigits(state_.image().bytes(content, low16(length)));
-        }
-    }
-    header.setBlobCount(wrappedSum32(header.blobCount(), 1));
 }
 
 std::string PayloadRenderer::text(const ByteImage& image, std::int64_t content, std::int64_t length,

@@ -29,10 +29,10 @@ public:
 
 private:
     void mapContent(PayloadObject& payload);
-    void appendCell(RowStore& row, const ByteImage& image, Rendering rendering, std::int64_t content,
+    void appendCell(RowWriter& row, const ByteImage& image, Rendering rendering, std::int64_t content,
                     std::int32_t size);
-    void appendText(std::int64_t content, std::int64_t length);
-    void appendBlob(std::int64_t content, std::int64_t length);
+    void appendText(RowWriter& row, std::int64_t content, std::int64_t length);
+    void appendBlob(RowWriter& row, std::int64_t content, std::int64_t length);
 
     ParserState& state_;
 };

@@ -94,11 +94,22 @@ constexpr CellShape cellShapeOf(std::int32_t stored) {
 /// Serial types below this one take a single byte.
 inline constexpr std::int32_t kFirstLongSerialType = 0x80;
 
-/// cellShapeOf for the serial types of a single byte: nearly all.
-inline constexpr auto kShortCellShapes = [] {
-    std::array<CellShape, kFirstLongSerialType> shapes{};
+/// CellShape of the serial types of a single byte, nearly all, in two bytes.
+struct SingleByteShape {
+    static constexpr std::int8_t kNone = -1;
+
+    std::int8_t cellType = kNone;
+    std::int8_t size = kNone;
+    constexpr bool valid() const { return size != kNone; }
+};
+/// By the first byte of a serial type; not valid for one that goes on.
+inline constexpr auto kSingleByteShapes = [] {
+    std::array<SingleByteShape, 256> shapes{};
     for (std::int32_t stored = 0; stored < kFirstLongSerialType; ++stored) {
-        shapes[static_cast<std::size_t>(stored)] = cellShapeOf(stored);
+        const CellShape shape = cellShapeOf(stored);
+        if (!shape.valid) continue;
+        shapes[static_cast<std::size_t>(stored)] = {static_cast<std::int8_t>(shape.cellType),
+                                                    static_cast<std::int8_t>(shape.size)};
     }
     return shapes;
 }();

@@ -63,9 +63,9 @@ RowList::RowList() : RowList(std::make_shared<RowStore>()) {}
 RowList::RowList(std::shared_ptr<RowStore> store) : store_(std::move(store)) {}
 
 void RowList::append(const std::vector<std::string>& cells) {
-    store_->beginRow();
-    for (const std::string& cell : cells) store_->appendCell(cell);
-    rows_.push_back(store_->finishRow());
+    RowWriter row = store_->beginRow();
+    for (const std::string& cell : cells) row.append(cell);
+    rows_.push_back(row.finish());
 }
 
 void RowList::append(Dictionary dictionary) {
@@ -98,9 +98,9 @@ void RowList::appendCopy(const Row& row) {
         append(*dictionary);
         return;
     }
-    store_->beginRow();
-    for (const std::string_view cell : row) store_->appendCell(cell);
-    rows_.push_back(store_->finishRow());
+    RowWriter copy = store_->beginRow();
+    for (const std::string_view cell : row) copy.append(cell);
+    rows_.push_back(copy.finish());
 }
 
 }  // namespace ZkMobileBackup

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstring>
 #include <system_error>
 #include <utility>
@@ -72,76 +71,61 @@ std::size_t CellReader::readCount(const std::uint8_t* row, const std::uint8_t** 
 RowStore::RowStore() : nextBlockSize_(kFirstBlockSize) {}
 RowStore::~RowStore() = default;
 
-void RowStore::beginRow() {
-    cellCount_ = 0;
-    end_ = row_;
-    growBy(sizeof(CellCount));
-    end_ += sizeof(CellCount);
+RowWriter RowStore::beginRow() {
+    Cursor cursor{row_, blockEnd_};
+    if (static_cast<std::size_t>(blockEnd_ - row_) < sizeof(CellCount)) {
+        cursor = moveToNewBlock(cursor, sizeof(CellCount));
+    }
+    cursor.at += sizeof(CellCount);
+    return {*this, cursor};
 }
 
-void RowStore::appendCell(std::string_view text) {
+RowStore::Cursor RowStore::writeText(Cursor cursor, std::string_view text) {
     if (const std::size_t frequent = frequentTextIndex(text); frequent < kFrequentTexts.size()) {
-        appendCell(static_cast<FrequentText>(frequent));
-        return;
+        if (cursor.at == cursor.end) cursor = moveToNewBlock(cursor, 1);
+        *cursor.at++ = static_cast<std::uint8_t>(kFirstFrequentText + frequent);
+        return cursor;
     }
-    std::uint8_t* const target = beginCell(text.size());
-    if (!text.empty()) std::memcpy(target, text.data(), text.size());
+    cursor = beginText(cursor, text.size());
+    cursor.at = std::copy(text.begin(), text.end(), cursor.at);
+    return cursor;
 }
 
-std::uint8_t* RowStore::beginCell(std::size_t length) {
+RowStore::Cursor RowStore::writeHexDigits(Cursor cursor, std::span<const std::uint8_t> bytes) {
+    cursor = beginText(cursor, 2 * bytes.size());
+    ZkMobileBackup::writeHexDigits(bytes, cursor.at);
+    cursor.at += 2 * bytes.size();
+    return cursor;
+}
+
+/// Writes what leads a text, and makes room for it.
+RowStore::Cursor RowStore::beginText(Cursor cursor, std::size_t length) {
     constexpr std::size_t kLongestLead = 1 + sizeof(std::uint64_t);
-    growBy(kLongestLead + length);
+    if (static_cast<std::size_t>(cursor.end - cursor.at) < kLongestLead + length) {
+        cursor = moveToNewBlock(cursor, kLongestLead + length);
+    }
     if (length <= kLongestShortText) {
-        *end_++ = static_cast<std::uint8_t>(length);
+        *cursor.at++ = static_cast<std::uint8_t>(length);
     } else if (length <= 0xFFFF) {
-        *end_++ = kLength16Mark;
-        end_ = writeNumber(end_, static_cast<std::uint16_t>(length));
+        *cursor.at++ = kLength16Mark;
+        cursor.at = writeNumber(cursor.at, static_cast<std::uint16_t>(length));
     } else {
-        *end_++ = kLength64Mark;
-        end_ = writeNumber(end_, std::uint64_t{length});
+        *cursor.at++ = kLength64Mark;
+        cursor.at = writeNumber(cursor.at, std::uint64_t{length});
     }
-    ++cellCount_;
-    return std::exchange(end_, end_ + length);
+    return cursor;
 }
 
-void RowStore::appendInteger(std::int32_t number) {
-    appendDigits(number);
-}
-
-void RowStore::appendInteger(std::int64_t number) {
-    appendDigits(number);
-}
-
-template <typename Integer>
-void RowStore::appendDigits(Integer number) {
-    if (number >= -1 && number <= 1) {
-        appendCell(number == 0 ? FrequentText::kZero : number == 1 ? FrequentText::kOne : FrequentText::kMinusOne);
-        return;
-    }
-    constexpr std::size_t kMostDigits = 20;
-    growBy(1 + kMostDigits);
-    auto* const digits = reinterpret_cast<char*>(end_ + 1);
-    const char* const digitsEnd = std::to_chars(digits, digits + kMostDigits, number).ptr;
-    *end_ = static_cast<std::uint8_t>(digitsEnd - digits);
-    end_ += 1 + *end_;
-    ++cellCount_;
-}
-
-void RowStore::appendHexDigits(std::span<const std::uint8_t> bytes) {
-    writeHexDigits(bytes, beginCell(2 * bytes.size()));
-}
-
-Row RowStore::finishRow() {
-    writeNumber(row_, cellCount_);
-    const auto size = static_cast<std::size_t>(end_ - row_);
+Row RowStore::finishRow(Cursor cursor, CellCount cellCount) {
+    writeNumber(row_, cellCount);
+    const auto size = static_cast<std::size_t>(cursor.at - row_);
     if (size != lastRowSize_ || std::memcmp(row_, lastRow_, size) != 0) {
         lastRow_ = row_;
         lastRowSize_ = size;
+        row_ = cursor.at;
         // Rows stand at even addresses, so that a row's handle has a bit to spare.
-        row_ = size % 2 != 0 && end_ < blockEnd_ ? end_ + 1 : end_;
-        if (size % 2 != 0 && end_ == blockEnd_) row_ = blockEnd_ = nullptr;
+        if (size % 2 != 0) row_ = row_ < blockEnd_ ? row_ + 1 : blockEnd_ = nullptr;
     }
-    end_ = row_;
     return Row(reinterpret_cast<std::uintptr_t>(lastRow_));
 }
 
@@ -151,15 +135,15 @@ Row RowStore::addDictionary(Dictionary dictionary) {
 }
 
 /// The row in hand moves along; `size` more bytes fit behind it.
-void RowStore::moveToNewBlock(std::size_t size) {
-    const auto written = static_cast<std::size_t>(end_ - row_);
+RowStore::Cursor RowStore::moveToNewBlock(Cursor cursor, std::size_t size) {
+    const auto written = static_cast<std::size_t>(cursor.at - row_);
     const std::size_t blockSize = std::max(nextBlockSize_, 2 * (written + size));
     nextBlockSize_ = std::min(kLargestBlockSize, nextBlockSize_ * 2);
     std::uint8_t* const block = addBlock(blockSize);
-    std::copy(row_, end_, block);
+    std::copy(row_, cursor.at, block);
     row_ = block;
-    end_ = block + written;
     blockEnd_ = block + blockSize;
+    return {block + written, blockEnd_};
 }
 
 /// The block that was prepared while the last one was being filled, where there is one of that size, or a new one.

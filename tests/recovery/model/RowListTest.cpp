@@ -71,13 +71,13 @@ INSTANTIATE_TEST_SUITE_P(AroundEachForm, CellOfLength,
 
 TEST(RowStore, FrequentTextsReadLikeAnyOther) {
     RowStore store;
-    store.beginRow();
-    store.appendCell(RowStore::FrequentText::kNull);
-    store.appendCell(RowStore::FrequentText::kZero);
-    store.appendCell(RowStore::FrequentText::kOne);
-    store.appendCell(RowStore::FrequentText::kMinusOne);
-    for (const char* text : {"NULL", "0", "1", "-1", "null", "NULLS", "00", "-"}) store.appendCell(text);
-    EXPECT_THAT(store.finishRow().texts(),
+    RowWriter row = store.beginRow();
+    row.append(FrequentText::kNull);
+    row.append(FrequentText::kZero);
+    row.append(FrequentText::kOne);
+    row.append(FrequentText::kMinusOne);
+    for (const char* text : {"NULL", "0", "1", "-1", "null", "NULLS", "00", "-"}) row.append(text);
+    EXPECT_THAT(row.finish().texts(),
                 ElementsAre("NULL", "0", "1", "-1", "NULL", "0", "1", "-1", "null", "NULLS", "00", "-"));
 }
 
@@ -85,61 +85,77 @@ TEST(RowStore, PlainCellIsAnyShortTextOfAscii) {
     RowStore store;
     for (std::size_t length = 0; length <= 249; ++length) {
         const std::vector<std::uint8_t> text(length, std::uint8_t{0x7F});
-        store.beginRow();
-        ASSERT_TRUE(store.appendPlainCell(text)) << length;
-        store.appendCell("next");
-        ASSERT_THAT(store.finishRow().texts(), ElementsAre(std::string(length, '\x7F'), "next"));
+        RowWriter row = store.beginRow();
+        ASSERT_TRUE(row.appendPlain(text)) << length;
+        row.append("next");
+        ASSERT_THAT(row.finish().texts(), ElementsAre(std::string(length, '\x7F'), "next"));
     }
-    store.beginRow();
-    EXPECT_FALSE(store.appendPlainCell(std::vector<std::uint8_t>(250, 'x')));
+    RowWriter row = store.beginRow();
+    EXPECT_FALSE(row.appendPlain(std::vector<std::uint8_t>(250, 'x')));
 }
 
 TEST(RowStore, PlainCellIsTurnedDownForANulOrAByteAboveAsciiAnywhere) {
     RowStore store;
-    store.beginRow();
+    RowWriter row = store.beginRow();
     for (std::size_t length = 1; length <= 40; ++length) {
         for (std::size_t position = 0; position < length; ++position) {
             for (const std::uint8_t byte : std::vector<std::uint8_t>{0x00, 0x80, 0xFF}) {
                 std::vector<std::uint8_t> text(length, std::uint8_t{0x01});
                 text[position] = byte;
-                ASSERT_FALSE(store.appendPlainCell(text)) << length << " bytes, number " << position;
+                ASSERT_FALSE(row.appendPlain(text)) << length << " bytes, number " << position;
             }
         }
     }
-    store.appendCell("alone");
-    EXPECT_THAT(store.finishRow().texts(), ElementsAre("alone"));
+    row.append("alone");
+    EXPECT_THAT(row.finish().texts(), ElementsAre("alone"));
 }
 
 TEST(RowStore, IntegersAreWrittenInDecimal) {
     RowStore store;
-    store.beginRow();
+    RowWriter row = store.beginRow();
     for (const std::int64_t number :
          {std::int64_t{0}, std::int64_t{1}, std::int64_t{-1}, std::int64_t{2}, std::int64_t{-2}, std::int64_t{65535},
           std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()}) {
-        store.appendInteger(number);
+        row.appendInteger(number);
     }
-    EXPECT_THAT(store.finishRow().texts(),
+    EXPECT_THAT(row.finish().texts(),
                 ElementsAre("0", "1", "-1", "2", "-2", "65535", "-9223372036854775808", "9223372036854775807"));
+}
+
+TEST(RowStore, IntegersAroundEachPowerOfTenAreWrittenInDecimal) {
+    std::vector<std::int64_t> numbers;
+    for (std::int64_t power = 1;; power *= 10) {
+        numbers.insert(numbers.end(), {power - 1, power, power + 1, 1 - power, -power, -power - 1});
+        if (power == 1'000'000'000'000'000'000) break;
+    }
+    RowStore store;
+    RowWriter row = store.beginRow();
+    std::vector<std::string> expected;
+    for (const std::int64_t number : numbers) {
+        row.appendInteger(number);
+        expected.push_back(std::to_string(number));
+    }
+    EXPECT_THAT(row.finish().texts(), ::testing::ElementsAreArray(expected));
 }
 
 TEST(RowStore, NarrowIntegersAreWrittenInDecimal) {
     RowStore store;
-    store.beginRow();
+    RowWriter row = store.beginRow();
     for (const std::int32_t number :
          {0, 1, -1, 99, -100, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()}) {
-        store.appendInteger(number);
+        row.appendInteger(number);
     }
-    EXPECT_THAT(store.finishRow().texts(), ElementsAre("0", "1", "-1", "99", "-100", "-2147483648", "2147483647"));
+    EXPECT_THAT(row.finish().texts(), ElementsAre("0", "1", "-1", "99", "-100", "-2147483648", "2147483647"));
 }
 
 TEST(RowStore, BytesAreWrittenAsUpperCaseDigitsOfAnyNumber) {
     RowStore store;
-    store.beginRow();
-    store.appendHexDigits({});
-    store.appendHexDigits(std::vector<std::uint8_t>{0x00, 0x1A, 0xFF});
-    store.appendHexDigits(std::vector<std::uint8_t>(125, 0xB7));
-    store.appendHexDigits(std::vector<std::uint8_t>(40'000, 0xC0));
-    const std::vector<std::string> texts = store.finishRow().texts();
+    RowWriter row = store.beginRow();
+    row.appendHexDigits({});
+    row.appendHexDigits(std::vector<std::uint8_t>{0x00, 0x1A, 0xFF});
+    row.appendHexDigits(std::vector<std::uint8_t>(125, 0xB7));
+    row.appendHexDigits(std::vector<std::uint8_t>(40'000, 0xC0));
+    const std::vector<std::string> texts = row.finish().texts();
     ASSERT_EQ(texts.size(), 4U);
     EXPECT_EQ(texts[0], "");
     EXPECT_EQ(texts[1], "001AFF");
@@ -151,24 +167,23 @@ TEST(RowStore, BytesAreWrittenAsUpperCaseDigitsOfAnyNumber) {
 
 TEST(RowStore, RowsOfManyBlocksKeepTheirTexts) {
     constexpr std::size_t kRows = 30'000;
-    const auto textOf = [](std::size_t row) { return std::to_string(row) + std::string(700, 'x'); };
+    const auto textOf = [](std::size_t number) { return std::to_string(number) + std::string(700, 'x'); };
     RowStore store;
     std::vector<Row> rows;
     for (std::size_t i = 0; i < kRows; ++i) {
-        store.beginRow();
-        store.appendCell(textOf(i));
-        rows.push_back(store.finishRow());
+        RowWriter row = store.beginRow();
+        row.append(textOf(i));
+        rows.push_back(row.finish());
     }
     for (std::size_t i = 0; i < kRows; ++i) ASSERT_EQ(rows[i].cell(0), textOf(i));
 }
 
 TEST(RowStore, RowThatIsBegunAgainForgetsItsCells) {
     RowStore store;
-    store.beginRow();
-    store.appendCell("given up");
-    store.beginRow();
-    store.appendCell("kept");
-    EXPECT_THAT(store.finishRow().texts(), ElementsAre("kept"));
+    store.beginRow().append("given up");
+    RowWriter row = store.beginRow();
+    row.append("kept");
+    EXPECT_THAT(row.finish().texts(), ElementsAre("kept"));
 }
 
 TEST(RowStore, EqualRowsOneAfterTheOtherReadTheSame) {
