@@ -31,11 +31,16 @@ public:
 
     std::size_t find(std::string_view key) const { return slots_.empty() ? foundByLooking(key) : foundByHash(key); }
 
+    void reserve(std::size_t count) {
+        names_.reserve(count);
+        if (count > kLinearSearchLimit && count > slots_.size() / 2) rebuildSlots(count);
+    }
+
     void append(std::string_view key) {
         names_.emplace_back(key);
-        if (names_.size() <= kLinearSearchLimit) return;
+        if (names_.size() <= kLinearSearchLimit && slots_.empty()) return;
         if (names_.size() > slots_.size() / 2) {
-            rebuildSlots();
+            rebuildSlots(names_.size());
         } else {
             fillSlot(names_.size() - 1);
         }
@@ -43,7 +48,7 @@ public:
 
     void erase(std::size_t position) {
         names_.erase(names_.begin() + static_cast<std::ptrdiff_t>(position));
-        rebuildSlots();
+        rebuildSlots(names_.size());
     }
 
 private:
@@ -62,11 +67,11 @@ private:
         return kNotFound;
     }
 
-    /// No slots for few keys; else so many that half of them stay free.
-    void rebuildSlots() {
+    /// For `count` keys: no slots for few; else so many that half of them stay free.
+    void rebuildSlots(std::size_t count) {
         slots_.clear();
-        if (names_.size() <= kLinearSearchLimit) return;
-        slots_.resize(std::bit_ceil(names_.size()) * 2);
+        if (count <= kLinearSearchLimit) return;
+        slots_.resize(std::bit_ceil(count) * 2);
         for (std::size_t i = 0; i < names_.size(); ++i) fillSlot(i);
     }
 
@@ -120,6 +125,12 @@ const Value* Dictionary::find(std::string_view key) const {
 const std::string* Dictionary::text(std::string_view key) const {
     const Value* value = find(key);
     return value != nullptr ? value->text() : nullptr;
+}
+
+void Dictionary::reserve(std::size_t entries) {
+    Content& content = content_.edit();
+    content.keys.edit().reserve(entries);
+    content.values.reserve(entries);
 }
 
 void Dictionary::set(std::string_view key, Value value) {

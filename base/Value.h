@@ -61,6 +61,8 @@ public:
     /// The text of `key`, null where the key is missing or its value is no text.
     const std::string* text(std::string_view key) const;
 
+    /// Makes room for so many entries, so that setting them moves none.
+    void reserve(std::size_t entries);
     /// Sets a value. A key that exists keeps its place, a new one goes to the end.
     void set(std::string_view key, Value value);
     void setValueAt(std::size_t position, Value value);

@@ -94,6 +94,7 @@ public:
     /// Applies the namings in their order, but of each owner's own only the first, which gives its numbers their places
     /// in the map, and the last, which gives them their name: any number of persons may share one key.
     void applyTo(Dictionary& contactsMap) const {
+        contactsMap.reserve(multiValues_.valueCount());
         std::vector<bool> placed(lastNaming_.size());
         for (std::size_t i = 0; i < namings_.size(); ++i) {
             const auto& [owner, name] = namings_[i];

@@ -1,6 +1,7 @@
 #include "recovery/shaping/key_index.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "recovery/shaping/table_shaper.h"
 
@@ -24,6 +25,13 @@ Iterator firstNotPassed(Iterator from, Iterator end, IsPassed isPassed) {
         step *= 2;
     }
     return std::partition_point(from, from + std::min(step, end - from), isPassed);
+}
+
+/// The same for one that stands before `end`, and is found at once when it stands near there.
+template <typename Iterator, typename IsPassed>
+Iterator lastNotPassed(Iterator begin, Iterator end, IsPassed isPassed) {
+    const auto reversed = [&isPassed](const auto& entry) { return !isPassed(entry); };
+    return firstNotPassed(std::make_reverse_iterator(end), std::make_reverse_iterator(begin), reversed).base();
 }
 
 }  // namespace
@@ -52,12 +60,24 @@ std::span<const KeyIndex::Entry> KeyIndex::find(std::int64_t key) {
 }
 
 std::span<const KeyIndex::Entry> KeyIndex::entriesOf(std::int64_t key) {
-    if (nearLastFound_ > 0 && entries_[nearLastFound_ - 1].key >= key) nearLastFound_ = 0;
+    const auto isBeforeKey = [key](const Entry& entry) { return entry.key < key; };
+    const auto isOfKey = [key](const Entry& entry) { return entry.key == key; };
+    if (nearLastFound_ > 0 && !isBeforeKey(entries_[nearLastFound_ - 1])) nearLastFound_ = 0;
     const auto start = entries_.cbegin() + static_cast<std::ptrdiff_t>(nearLastFound_);
-    const auto first = firstNotPassed(start, entries_.cend(), [key](const Entry& entry) { return entry.key < key; });
-    const auto last = firstNotPassed(first, entries_.cend(), [key](const Entry& entry) { return entry.key == key; });
+    const auto guess = entries_.cbegin() + static_cast<std::ptrdiff_t>(guessedPlace(key));
+    const auto first = guess > start && !isBeforeKey(guess[-1])
+                           ? lastNotPassed(start, guess, isBeforeKey)
+                           : firstNotPassed(std::max(start, guess), entries_.cend(), isBeforeKey);
+    const auto last = firstNotPassed(first, entries_.cend(), isOfKey);
     nearLastFound_ = static_cast<std::size_t>(first - entries_.cbegin());
     return {first, last};
+}
+
+/// Where a key stands when all keys follow one another without gaps, as those of rows mostly do.
+std::size_t KeyIndex::guessedPlace(std::int64_t key) const {
+    if (entries_.empty() || key <= entries_.front().key) return 0;
+    const auto distance = static_cast<std::uint64_t>(key) - static_cast<std::uint64_t>(entries_.front().key);
+    return std::min<std::uint64_t>(distance, entries_.size());
 }
 
 }  // namespace ZkMobileBackup::shaping

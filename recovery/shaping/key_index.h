@@ -24,8 +24,8 @@ public:
 
     /// The first row of a key, null for none.
     const Row* findFirst(std::int64_t key);
-    /// The entries of a key, in the order of their rows. Keys that are asked for in ascending order, as those of a
-    /// table mostly are, take constant time each, others that of a binary search.
+    /// The entries of a key, in the order of their rows. Keys that are asked for in ascending order, and those of rows
+    /// numbered without gaps, take constant time each, others that of a binary search.
     ///
     /// A hostile file may hold so many rows of one key on both sides that all pairs of them fill any memory: no more
     /// than mostPairs() are given out, which is far beyond what tables of their sizes hold.
@@ -34,6 +34,7 @@ public:
 
 private:
     std::span<const Entry> entriesOf(std::int64_t key);
+    std::size_t guessedPlace(std::int64_t key) const;
 
     std::vector<Entry> entries_;  // by ascending key
     std::size_t mostPairs_;

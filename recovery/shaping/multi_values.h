@@ -28,6 +28,8 @@ public:
     /// Number of the first owner whose key reads as this number, live owners before carved ones; nothing for none.
     std::optional<std::size_t> find(std::int64_t personKey) const;
     std::size_t ownerCount() const { return owners_.size(); }
+    /// Number of values in all lists.
+    std::size_t valueCount() const { return valueCount_; }
     /// The lists of an owner, each under its name, in the order in which they were begun.
     const Dictionary& listsOf(std::size_t owner) const { return owners_[owner].lists; }
 
@@ -38,6 +40,7 @@ private:
     };
 
     std::vector<Owner> owners_;  // by ascending key; those of one key in their order
+    std::size_t valueCount_ = 0;
 };
 
 }  // namespace ZkMobileBackup::shaping

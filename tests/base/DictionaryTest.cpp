@@ -126,6 +126,24 @@ TEST(Dictionary, CopiesShareTheirKeysAsLongAsValuesAloneChange) {
     EXPECT_NE(&copy.keyAt(0), &original.keyAt(0));
 }
 
+TEST(Dictionary, RoomMadeAheadChangesNothingThatCanBeSeen) {
+    for (const std::size_t room : {0U, 1U, 24U, 25U, 1000U}) {
+        Dictionary dictionary{{"first", 1}};
+        const Dictionary copy = dictionary;
+        dictionary.reserve(room);
+        EXPECT_EQ(dictionary, copy);
+        for (int i = 0; i < 60; ++i) dictionary.set("key" + std::to_string(i), i);
+        dictionary.set("first", 2);
+        dictionary.remove("key30");
+        EXPECT_EQ(copy.size(), 1U);
+        ASSERT_EQ(dictionary.size(), 60U);
+        EXPECT_EQ(*dictionary.find("first")->integer(), 2);
+        EXPECT_EQ(dictionary.find("key30"), nullptr);
+        EXPECT_EQ(*dictionary.find("key59")->integer(), 59);
+        EXPECT_EQ(dictionary.keyAt(1), "key0");
+    }
+}
+
 TEST(Dictionary, OrderCountsInAComparison) {
     EXPECT_FALSE((Dictionary{{"a", 1}, {"b", 2}}) == (Dictionary{{"b", 2}, {"a", 1}}));
     EXPECT_FALSE((Dictionary{{"a", 1}}) == (Dictionary{{"a", 1}, {"b", 2}}));
