@@ -6,6 +6,8 @@ find_package(ICU REQUIRED COMPONENTS uc)
 find_package(fmt REQUIRED)
 find_package(pugixml REQUIRED)
 pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
+pkg_check_modules(VIPS REQUIRED IMPORTED_TARGET vips)
+pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat libavcodec libswscale libavutil)
 find_package(CLI11 REQUIRED)
 find_package(nlohmann_json REQUIRED)
 

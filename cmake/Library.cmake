@@ -9,6 +9,7 @@ target_sources(ZkMobileBackup PUBLIC
   FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${ZKMB_PUBLIC_HEADERS})
 target_compile_features(ZkMobileBackup INTERFACE cxx_std_20)
 target_link_libraries(ZkMobileBackup PRIVATE ${zkmb_components})
+add_dependencies(ZkMobileBackup zkmb_codecs)
 set_target_properties(ZkMobileBackup PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR}
@@ -40,5 +41,6 @@ install(FILES
   ${PROJECT_BINARY_DIR}/ZkMobileBackupConfigVersion.cmake
   DESTINATION ${zkmb_package_dir})
 
+file(RELATIVE_PATH zkmb_prefix_of_pc_file ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/zkmobilebackup.pc.in ${PROJECT_BINARY_DIR}/zkmobilebackup.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zkmobilebackup.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -10,6 +10,7 @@ set(ZKMB_PUBLIC_HEADERS
   ZkMobileBackup/domains/ZkMobileBackupAppDomain.h
   ZkMobileBackup/domains/ZkMobileBackupCalendarDomain.h
   ZkMobileBackup/domains/ZkMobileBackupCallHistoryDomain.h
+  ZkMobileBackup/domains/ZkMobileBackupFileDomain.h
   ZkMobileBackup/domains/ZkMobileBackupMessageDomain.h
   ZkMobileBackup/domains/ZkMobileBackupMovieDomain.h
   ZkMobileBackup/domains/ZkMobileBackupNoteDomain.h
@@ -17,6 +18,7 @@ set(ZKMB_PUBLIC_HEADERS
   ZkMobileBackup/domains/ZkMobileBackupReminderDomain.h
   ZkMobileBackup/domains/ZkMobileBackupSafariBookmarksDomain.h
   ZkMobileBackup/domains/ZkMobileBackupVoiceMailDomain.h
+  ZkMobileBackup/records/InfoKeys.h
   ZkMobileBackup/records/RecordKeyConstants.h
   ZkMobileBackup/records/ZkMobileBackupAddressBookRecord.h
   ZkMobileBackup/records/ZkMobileBackupAppDomainRecord.h
@@ -35,6 +37,7 @@ set(ZKMB_PUBLIC_HEADERS
   base/Image.h
   base/Log.h
   base/MainQueue.h
+  base/Movie.h
   base/Profile.h
   base/Resources.h
   base/Termination.h

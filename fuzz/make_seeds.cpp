@@ -10,6 +10,7 @@
 #include "tests/support/DatabaseBuilder.h"
 #include "tests/support/Files.h"
 #include "tests/support/ManifestBuilder.h"
+#include "tests/support/MediaFiles.h"
 #include "tests/support/ZipBuilder.h"
 
 using namespace ZkMobileBackup;
@@ -135,6 +136,44 @@ void writePropertyLists(const std::string& folder) {
     writeBytes(folder + "/binary.plist", binary.bytes());
 }
 
+/// A movie header of either version, in a box.
+ByteBuilder movieHeader(bool longNumbers) {
+    ByteBuilder header;
+    header.u32(longNumbers ? 120 : 108).text("mvhd").u32(longNumbers ? 1U << 24U : 0);
+    if (longNumbers) {
+        header.u64(1).u64(2).u32(600).u64(9000);
+    } else {
+        header.u32(1).u32(2).u32(600).u32(9000);
+    }
+    header.fill(80);
+    return header;
+}
+
+void writeMovieHeaders(const std::string& folder) {
+    const ByteBuilder shortHeader = movieHeader(false);
+    const ByteBuilder longHeader = movieHeader(true);
+    ByteBuilder first;
+    first.u32(12)
+        .text("ftyp")
+        .text("qt  ")
+        .u32(116)
+        .text("moov")
+        .bytes(shortHeader.bytes())
+        .u32(10)
+        .text("mdat")
+        .u16(7);
+    writeBytes(folder + "/before_the_media.mov", first.bytes());
+    ByteBuilder last;
+    last.u32(1).text("mdat").u64(20).u32(7).u32(0).text("moov").u32(8).text("free").bytes(longHeader.bytes());
+    writeBytes(folder + "/behind_the_media.mov", last.bytes());
+    ByteBuilder outside;
+    outside.u32(1).text("free").u64(~std::uint64_t{0}).u32(116).text("moov").bytes(shortHeader.bytes());
+    writeBytes(folder + "/oversized_box.mov", outside.bytes());
+    ByteBuilder cut;
+    cut.u32(28).text("moov").u32(20).text("mvhd").fill(12);
+    writeBytes(folder + "/cut_header.mov", cut.bytes());
+}
+
 /// A stored entry; the random bytes of its header are zeros.
 ZipBuilderEntry encryptedEntry(std::string_view content, const std::string& password) {
     ZipBuilderEntry entry{.name = "encrypted", .flags = 1, .checksum = zipChecksum(content)};
@@ -160,6 +199,23 @@ void writeZips(const std::string& folder) {
     writeText(folder + "/encrypted.zip", ZipBuilder().add(encryptedEntry("secret", "password")).bytes());
 }
 
+/// A store of one picture and an empty slot. `choice` tells the fuzz target which store it is.
+std::vector<std::uint8_t> thumbnailStoreInput(unsigned choice, int width, int height) {
+    const std::array<ThumbnailSlot, 2> slots{quadrants(width, height), std::nullopt};
+    return ByteBuilder().u8(choice).bytes(thumbnailStore(width, height, slots)).bytes();
+}
+
+void writeThumbnailStores(const std::string& folder) {
+    writeBytes(folder + "/3303.bin", thumbnailStoreInput(0, 24, 22));
+    writeBytes(folder + "/3309.bin", thumbnailStoreInput(1, 64, 64));
+    writeBytes(folder + "/3319.bin", thumbnailStoreInput(2, 160, 157));
+    writeBytes(folder + "/4031.bin", thumbnailStoreInput(3, 120, 120));
+    writeBytes(folder + "/unknown.bin", ByteBuilder().u8(4).fill(100, 1).bytes());
+    std::vector<std::uint8_t> cut = thumbnailStoreInput(0, 24, 22);
+    cut.resize(cut.size() - 30);
+    writeBytes(folder + "/cut.bin", cut);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -173,7 +229,9 @@ int main(int argc, char** argv) {
         writeSchemaTexts(corpus + "/fuzz_schema_text");
         writeManifests(corpus + "/fuzz_manifest");
         writePropertyLists(corpus + "/fuzz_plist");
+        writeMovieHeaders(corpus + "/fuzz_movie_header");
         writeZips(corpus + "/fuzz_zip");
+        writeThumbnailStores(corpus + "/fuzz_thumbnail_store");
         return 0;
     } catch (const std::exception& error) {
         std::cerr << "make_seeds: " << error.what() << '\n';

@@ -1,9 +1,14 @@
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <string_view>
+#include <sys/types.h>
 
 namespace ZkMobileBackup {
+
+/// The permissions of new files: what the process masks is taken from them.
+inline constexpr mode_t kReadableByAll = 0666;
 
 /// An open file or folder of the operating system, closed with the object. Belongs to one thread at a time.
 class FileDescriptor {
@@ -20,8 +25,12 @@ public:
 
     /// Writes all of the bytes. Returns false on failure, with its reason in errno.
     bool write(std::string_view bytes);
-    /// Writes what is in another file from a position on. Returns false on failure, with its reason in errno.
-    bool writeContentOf(const FileDescriptor& file, std::size_t position);
+    /// Writes what another file holds from `position` on, no more than `most` bytes of it, and moves `position` behind
+    /// what was written. Returns false on failure, with its reason in errno.
+    bool writeContentOf(const FileDescriptor& file, std::uint64_t& position,
+                        std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
+    /// Hands the file over: from here on somebody else closes it.
+    int release();
     /// False when bytes written before could not be stored after all, with the reason in errno.
     bool close();
 

@@ -4,7 +4,8 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/file.h>
-#include <system_error>
+
+#include "platform/Files.h"
 
 namespace ZkMobileBackup {
 
@@ -25,7 +26,7 @@ FileLock::FileLock(const std::string& path) {
     constexpr mode_t kOwnerOnly = 0600;
     file_ = FileDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly));
     if (!file_.isOpen() || !lockWhole(file_.get())) {
-        failure_ = fmt::format("Cannot lock '{}': {}.", path, std::generic_category().message(errno));
+        failure_ = fmt::format("Cannot lock '{}': {}.", path, textOfError(errno));
     }
 }
 

@@ -12,7 +12,6 @@ namespace ZkMobileBackup {
 
 FileReplacement::FileReplacement(std::string path)
     : path_(std::move(path)), temporaryPath_(temporaryPathBeside(path_)) {
-    constexpr mode_t kReadableByAll = 0666;  // less what the process masks
     file_ = FileDescriptor(::open(temporaryPath_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kReadableByAll));
     check(file_.isOpen());
     if (failed_) temporaryPath_.clear();  // whoever owns what stands there
@@ -26,7 +25,7 @@ void FileReplacement::append(std::string_view bytes) {
     if (!failed_) check(file_.write(bytes));
 }
 
-void FileReplacement::appendContentOf(const FileReplacement& file, std::size_t position) {
+void FileReplacement::appendContentOf(const FileReplacement& file, std::uint64_t position) {
     if (failed_) return;
     errno = file.error_;
     check(!file.failed_ && file_.writeContentOf(file.file_, position));

@@ -20,7 +20,7 @@ public:
     /// Does nothing once something has failed.
     void append(std::string_view bytes);
     /// The same with what was appended to another file from a position on; with its failure where it has one.
-    void appendContentOf(const FileReplacement& file, std::size_t position);
+    void appendContentOf(const FileReplacement& file, std::uint64_t position);
     /// Stores the file under its name. Returns an empty text, or the reason of the first failure.
     std::string finish();
 

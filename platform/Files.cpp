@@ -16,7 +16,6 @@
 #include <utility>
 
 #include "base/Text.h"
-#include "platform/FileDescriptor.h"
 #include "platform/FileReplacement.h"
 
 namespace ZkMobileBackup {
@@ -24,10 +23,6 @@ namespace ZkMobileBackup {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string textOfError(int error) {
-    return std::generic_category().message(error);
-}
 
 /// Bytes that `::read` puts at `target`; 0 at the end of the file, negative on failure.
 ssize_t readSome(int descriptor, std::uint8_t* target, std::size_t count) {
@@ -53,9 +48,9 @@ bool readToEnd(int descriptor, std::size_t expected, std::size_t largest, std::v
     }
 }
 
-bool readRegularFile(int descriptor, std::size_t largest, std::vector<std::uint8_t>& bytes) {
+bool readWholeFile(int descriptor, std::size_t largest, std::vector<std::uint8_t>& bytes) {
     struct stat status;
-    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) return false;
+    if (::fstat(descriptor, &status) != 0) return false;
     const auto size = static_cast<std::size_t>(status.st_size);
     return size <= largest && readToEnd(descriptor, size, largest, bytes);
 }
@@ -77,15 +72,16 @@ public:
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    /// Makes the file, with the bytes; false on failure.
-    bool create(std::string_view bytes) {
+    /// Makes the file, with what `fill` writes to it; false on failure. `fill` returns false with the reason in errno.
+    template <typename Fill>
+    bool create(Fill&& fill) {
         FileDescriptor file(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadableByAll));
         if (!file.isOpen()) {
             error_ = errno;
             path_.clear();  // whoever owns what stands there
             return false;
         }
-        return succeeded(file.write(bytes)) && flushAndClose(file);
+        return succeeded(fill(file)) && flushAndClose(file);
     }
 
     /// Waits until the file's content is stored; false on failure.
@@ -117,8 +113,6 @@ private:
         return ::link(path_.c_str(), path.c_str()) == 0 && ::unlink(path_.c_str()) == 0;
     }
 
-    static constexpr mode_t kReadableByAll = 0666;  // less what the process masks
-
     std::string path_;  // empty without a file
     int error_ = 0;
 };
@@ -136,12 +130,21 @@ WrittenFile notWritten(const std::string& path, int error) {
     return {{}, writeFailure(path, error)};
 }
 
-WrittenFile claimFreeName(TemporaryFile& file, const std::string& path) {
+WrittenFile claimFreeName(TemporaryFile& file, const std::string& path, OutputPaths& paths) {
     for (;;) {
-        std::string freePath = freeOutputPath(path);
+        std::string freePath = paths.next(path);
         if (file.moveTo(freePath)) return {std::move(freePath), {}};
         if (file.error() != EEXIST) return notWritten(path, file.error());
     }
+}
+
+/// A path with a number put before its extension; the same number text earlier in the name gives way.
+std::string numberedPath(const std::string& path, std::size_t number) {
+    const std::string name(lastPathComponent(path));
+    const std::string stem(pathWithoutExtension(name));
+    const std::string mark = fmt::format("({})", number);
+    const std::string numbered = fmt::format("{}{}{}", withoutEvery(stem, mark), mark, name.substr(stem.size()));
+    return joinedPath(pathWithoutLastComponent(path), numbered);
 }
 
 }  // namespace
@@ -156,6 +159,12 @@ bool isDirectory(const std::string& path) {
     return fs::is_directory(path, error);
 }
 
+std::uint64_t fileSize(const std::string& path) {
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(path, error);
+    return error ? 0 : size;
+}
+
 std::optional<std::vector<std::string>> directoryEntries(const std::string& folder) {
     std::error_code error;
     std::vector<std::string> names;
@@ -167,13 +176,23 @@ std::optional<std::vector<std::string>> directoryEntries(const std::string& fold
     return names;
 }
 
-std::optional<std::vector<std::uint8_t>> readFile(const std::string& path, std::size_t largest) {
+FileDescriptor openRegularFile(const std::string& path) {
     // Opening must neither wait for the writer of a pipe nor take over a terminal.
-    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat status;
+    if (!file.isOpen() || ::fstat(file.get(), &status) != 0) return FileDescriptor();
+    if (S_ISREG(status.st_mode)) return file;
+    file.close();
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    return file;
+}
+
+std::optional<std::vector<std::uint8_t>> readFile(const std::string& path, std::size_t largest) {
+    const FileDescriptor file = openRegularFile(path);
     if (!file.isOpen()) return std::nullopt;
     std::vector<std::uint8_t> bytes;
     try {
-        if (!readRegularFile(file.get(), largest, bytes)) return std::nullopt;
+        if (!readWholeFile(file.get(), largest, bytes)) return std::nullopt;
     } catch (const std::exception&) {  // more than memory holds
         return std::nullopt;
     }
@@ -231,16 +250,24 @@ std::string removeTree(const std::string& path) {
 }
 
 std::string freeOutputPath(const std::string& path) {
+    return OutputPaths().next(path);
+}
+
+std::string OutputPaths::next(const std::string& path) {
     if (!entryExists(path)) return path;
-    const std::string name(lastPathComponent(path));
-    const std::string stem(pathWithoutExtension(name));
-    const std::string extension = name.substr(stem.size());
-    for (std::size_t number = 0;; ++number) {
-        const std::string mark = fmt::format("({})", number);
-        const std::string candidate = fmt::format("{}{}{}", withoutEvery(stem, mark), mark, extension);
-        std::string candidatePath = joinedPath(pathWithoutLastComponent(path), candidate);
-        if (!entryExists(candidatePath)) return candidatePath;
+    std::size_t& number = numbers_[path];
+    for (;; ++number) {
+        std::string candidate = numberedPath(path, number);
+        if (!entryExists(candidate)) return candidate;
     }
+}
+
+std::string textOfError(int error) {
+    return std::generic_category().message(error);
+}
+
+std::string readFailure(const std::string& path, int error) {
+    return fmt::format("Cannot read '{}': {}.", path, textOfError(error));
 }
 
 std::string writeFailure(const std::string& path, int error) {
@@ -263,15 +290,32 @@ std::string makeFolderBeside(const std::string& path) {
 }
 
 WrittenFile writeNewFile(const std::string& path, std::string_view bytes) {
+    OutputPaths paths;
+    return writeNewFile(path, bytes, paths);
+}
+
+WrittenFile writeNewFile(const std::string& path, std::string_view bytes, OutputPaths& paths) {
     TemporaryFile file(temporaryPathBeside(path));
-    if (!file.create(bytes)) return notWritten(path, file.error());
-    return claimFreeName(file, path);
+    const auto fill = [bytes](FileDescriptor& target) { return target.write(bytes); };
+    return file.create(fill) ? claimFreeName(file, path, paths) : notWritten(path, file.error());
+}
+
+WrittenFile copyToNewFile(const std::string& source, const std::string& path, OutputPaths& paths) {
+    const FileDescriptor content = openRegularFile(source);
+    if (!content.isOpen()) return {{}, readFailure(source, errno)};
+    TemporaryFile file(temporaryPathBeside(path));
+    const auto fill = [&content](FileDescriptor& target) {
+        std::uint64_t position = 0;
+        return target.writeContentOf(content, position);
+    };
+    return file.create(fill) ? claimFreeName(file, path, paths) : notWritten(path, file.error());
 }
 
 WrittenFile moveToFreeName(const std::string& temporaryPath, const std::string& path) {
     TemporaryFile file(temporaryPath);
     if (!file.flush()) return notWritten(path, file.error());
-    return claimFreeName(file, path);
+    OutputPaths paths;
+    return claimFreeName(file, path, paths);
 }
 
 std::string replaceFile(const std::string& path, std::string_view bytes) {

@@ -6,7 +6,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
+
+#include "platform/FileDescriptor.h"
 
 namespace ZkMobileBackup {
 
@@ -15,10 +18,15 @@ namespace ZkMobileBackup {
 /// Whether a folder has an entry of that name, also a link that leads nowhere.
 bool entryExists(const std::string& path);
 bool isDirectory(const std::string& path);
+/// Bytes in a regular file; 0 without one.
+std::uint64_t fileSize(const std::string& path);
 
 /// Names in a folder, sorted by their bytes; nothing when it cannot be listed.
 std::optional<std::vector<std::string>> directoryEntries(const std::string& folder);
 
+/// A regular file, opened for reading only and without waiting for anybody; not open on failure, with the reason in
+/// errno.
+FileDescriptor openRegularFile(const std::string& path);
 /// The whole of a regular file, opened for reading only; nothing when it cannot be read or is larger than `largest`.
 std::optional<std::vector<std::uint8_t>> readFile(const std::string& path,
                                                   std::size_t largest = std::numeric_limits<std::size_t>::max());
@@ -44,7 +52,21 @@ std::string removeTree(const std::string& path);
 /// occurrences of the same number text within the name, not the folders, are removed first; numbering starts at 0.
 std::string freeOutputPath(const std::string& path);
 
-/// The sentence about a file that could not be written, from a value of errno.
+/// Gives the files of one job such paths. It remembers how far the numbers of each path have come, so that the next of
+/// thousands of files of one name does not ask for all earlier ones again. Belongs to one thread at a time.
+class OutputPaths {
+public:
+    /// The same as freeOutputPath, unless files that it has given numbers were removed meanwhile.
+    std::string next(const std::string& path);
+
+private:
+    std::unordered_map<std::string, std::size_t> numbers_;  // the last one given, by the path asked for
+};
+
+/// What an errno value says, in words.
+std::string textOfError(int error);
+// The sentences about a file that could not be read or written, from a value of errno.
+std::string readFailure(const std::string& path, int error);
 std::string writeFailure(const std::string& path, int error);
 
 /// What became of a file that was to be written.
@@ -57,6 +79,10 @@ struct WrittenFile {
 /// moved to the first free name after `path` (see freeOutputPath), also when others claim names meanwhile. On failure
 /// nothing stays behind.
 WrittenFile writeNewFile(const std::string& path, std::string_view bytes);
+WrittenFile writeNewFile(const std::string& path, std::string_view bytes, OutputPaths& paths);
+
+/// Writes a copy of a regular file in the same way.
+WrittenFile copyToNewFile(const std::string& source, const std::string& path, OutputPaths& paths);
 
 /// Writes a file that replaces another of its name: readers find the old one or the whole new one. On failure nothing
 /// stays behind. Returns an empty text, or the reason of the failure.

@@ -7,8 +7,9 @@
 #include <spawn.h>
 #include <string_view>
 #include <sys/wait.h>
-#include <system_error>
 #include <unistd.h>
+
+#include "platform/Files.h"
 
 namespace ZkMobileBackup {
 
@@ -92,7 +93,7 @@ std::string runProgram(const std::vector<std::string>& arguments, const std::str
     pid_t child = 0;
     int error = start(arguments, actions, child);
     if (error == ENOEXEC) error = start(readByShell(arguments), actions, child);  // it does not say "#!"
-    if (error != 0) return fmt::format("Cannot start '{}': {}.", program, std::generic_category().message(error));
+    if (error != 0) return fmt::format("Cannot start '{}': {}.", program, textOfError(error));
     int status = 0;
     while (::waitpid(child, &status, 0) < 0) {
         if (errno == ECHILD) return "";  // a host that ignores its children's ends is not told how this one ended

@@ -45,24 +45,32 @@ void requireKnown(const std::string& name, const Domains& domains) {
 class Parse {
 public:
     Parse(ZkMobileBackupAppDomain& domain, Context& context)
-        : domain_(domain), interruption_(context.interruption), bar_(context, "Reading " + nameOf(domain)) {}
+        : domain_(domain), interruption_(context.interruption), bar_(context, "Reading " + nameOf(domain)) {
+        domain_.setStoppedHandler([this] { end(); });
+    }
+    ~Parse() { domain_.setStoppedHandler({}); }
+    Parse(const Parse&) = delete;
+    Parse& operator=(const Parse&) = delete;
 
     void run() {
         domain_.parserWithCallbackBlock(
             [this](std::int64_t state, std::atomic<bool>* stop, double progress) { hear(state, *stop, progress); });
         while (!done_) MainQueue::run();
+        // An end that came from another thread may have overtaken reports to this object.
+        MainQueue::runUntilIdle();
     }
 
 private:
     void hear(std::int64_t state, std::atomic<bool>& stop, double progress) {
-        if (state == kFinished) {
-            // Nothing of this object may be touched once the flag is set: the call may come from another thread.
-            done_ = true;
-            MainQueue::stop();
-            return;
-        }
+        if (state == kFinished) return end();
         bar_.show(progress);
         if (stopRequest_ == nullptr) stopRequest_ = interruption_.onRequest([this, &stop] { requestStop(stop); });
+    }
+
+    void end() {
+        // Nothing of this object may be touched once the flag is set: the call may come from another thread.
+        done_ = true;
+        MainQueue::stop();
     }
 
     void requestStop(std::atomic<bool>& stop) {

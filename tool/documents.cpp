@@ -2,11 +2,13 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <climits>
 #include <fmt/format.h>
 #include <iterator>
 #include <string>
 
 #include "tool/output.h"
+#include "tool/text.h"
 
 namespace zkmb {
 
@@ -36,7 +38,7 @@ void addTypeOption(CLI::App& command, DlxExportType& type) {
 
 void printWrittenFiles(const std::vector<std::string>& paths) {
     std::string text;
-    for (const std::string& path : paths) text += path + "\n";
+    for (const std::string& path : paths) text += oneLine(path, PATH_MAX) + "\n";
     writeOutput(fmt::format("{}{} {} written\n", text, paths.size(), paths.size() == 1 ? "file" : "files"));
 }
 

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "ZkMobileBackup/domains/TzProductName.h"
+#include "ZkMobileBackup/domains/ZkMobileBackupFileDomain.h"
 #include "ZkMobileBackup/records/ZkMobileBackupAppDomainRecord.h"
 #include "export/DlxExporter.h"
 #include "tool/backup.h"
@@ -41,10 +43,24 @@ struct Outcome {
     std::string failure{};
 };
 
-void requireOutputOutside(const Options& options) {
-    if (!liesWithin(options.output, options.backup)) return;
-    throw Failure(
-        fmt::format("The output folder '{}' lies in the backup, where nothing is ever written.", options.output));
+std::string productFolder(const Options& options) {
+    return options.output + "/" + ZkMobileBackup::TzProductName;
+}
+
+void requireOutside(const std::string& folder, const std::string& backup) {
+    if (!liesWithin(folder, backup)) return;
+    throw Failure(fmt::format("The output folder '{}' lies in the backup, where nothing is ever written.", folder));
+}
+
+/// Any folder that files go to may be a link into the backup, or the backup itself.
+void requireOutputOutside(const Options& options, const Domains& domains) {
+    requireOutside(options.output, options.backup);
+    requireOutside(productFolder(options), options.backup);
+    for (const Domain& domain : domains) {
+        if (const auto name = domain->exportName()) {
+            requireOutside(productFolder(options) + "/" + *name, options.backup);
+        }
+    }
 }
 
 bool isWanted(bool deleted, const std::string& only) {
@@ -59,14 +75,31 @@ void markRecords(ZkMobileBackupAppDomain& domain, const std::string& only, Outco
     }
 }
 
+/// Whether the domain's records are files of the backup, so that each failure is one of a file.
+bool isCopiedOut(const ZkMobileBackupAppDomain& domain) {
+    return dynamic_cast<const ZkMobileBackup::ZkMobileBackupFileDomain*>(&domain) != nullptr;
+}
+
+/// Writes the marked records.
+void extractDomain(ZkMobileBackupAppDomain& domain, const Options& options, Context& context, Outcome& outcome) {
+    // Movies are copied into a folder that the library leaves to its host.
+    if (nameOf(domain) == kMovieName) makeFolder(productFolder(options));
+    Extraction(domain, context).run(options.output, options.type);
+    outcome.files = domain.writtenPaths();
+    // Ctrl-C also ends the program that packs a document; this is then no failure of its own.
+    if (!context.interruption.requested() || isCopiedOut(domain)) outcome.failure = domain.firstFailure();
+}
+
 Outcome exportDomain(ZkMobileBackupAppDomain& domain, const Options& options, Context& context) {
     Outcome outcome{.domain = nameOf(domain)};
     parseDomain(domain, context);
     markRecords(domain, options.only, outcome);
     if (outcome.live + outcome.deleted == 0 || context.interruption.requested()) return outcome;
-    Extraction(domain, context).run(options.output, options.type);
-    outcome.files = domain.exporter()->writtenPaths();
-    outcome.failure = domain.exporter()->firstFailure();
+    try {
+        extractDomain(domain, options, context, outcome);
+    } catch (const Failure& failure) {  // what the other domains give is told all the same
+        outcome.failure = failure.what();
+    }
     return outcome;
 }
 
@@ -113,24 +146,27 @@ void printSummary(const std::vector<Outcome>& outcomes) {
     printWrittenFiles(paths);
 }
 
-void throwFirstFailure(const std::vector<Outcome>& outcomes) {
+/// The failure that the command ends with. Of an interrupted one this is the interruption, but what failed until then,
+/// or was left incomplete, is told before.
+void throwFirstFailure(const std::vector<Outcome>& outcomes, const Interruption& interruption) {
     for (const Outcome& outcome : outcomes) {
-        if (!outcome.failure.empty()) throw Failure(outcome.failure);
+        if (outcome.failure.empty()) continue;
+        if (!interruption.requested()) throw Failure(outcome.failure);
+        writeDiagnostic(outcome.failure);
     }
+    interruption.throwIfRequested();
 }
 
 void run(const Options& options, Context& context) {
     requireReadableFolder(options.backup);
     requireManifest(options.backup);
-    requireOutputOutside(options);
     const auto parser = scanBackup(options.backup, context);
     const Domains domains = domainsNamed(parser->domains(), options.domains);
+    requireOutputOutside(options, domains);
     makeFolder(options.output);
     const std::vector<Outcome> outcomes = exportDomains(domains, options, context);
     options.json ? writeJson(outcomes) : printSummary(outcomes);
-    // Ctrl-C also ends the program that packs a document; this is then no failure of its own.
-    context.interruption.throwIfRequested();
-    throwFirstFailure(outcomes);
+    throwFirstFailure(outcomes, context.interruption);
 }
 
 }  // namespace

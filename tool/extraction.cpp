@@ -19,9 +19,11 @@ Extraction::Extraction(ZkMobileBackupAppDomain& domain, Context& context)
     : domain_(domain), interruption_(context.interruption), bar_(context, "Writing " + nameOf(domain)) {
     domain_.exporter()->setExporterDelegate(this);
     domain_.exporter()->setProfile(context.profile);
+    domain_.setStoppedHandler([this] { end(); });
 }
 
 Extraction::~Extraction() {
+    domain_.setStoppedHandler({});
     domain_.exporter()->setExporterDelegate(&domain_);
 }
 
@@ -49,7 +51,10 @@ void Extraction::recoveryComplete(bool complete) {
 void Extraction::hear(bool ended, std::atomic<bool>& stop, double progress) {
     bar_.show(progress);
     if (stopRequest_ == nullptr) stopRequest_ = interruption_.onRequest([this, &stop] { requestStop(stop); });
-    if (!ended) return;
+    if (ended) end();
+}
+
+void Extraction::end() {
     ++ends_;
     MainQueue::stop();
 }

@@ -28,6 +28,7 @@ private:
     void recoveryComplete(bool complete) override;
 
     void hear(bool ended, std::atomic<bool>& stop, double progress);
+    void end();
     bool isOver() const { return ends_ > stoppedFiles_; }
     void requestStop(std::atomic<bool>& stop);
 

@@ -65,6 +65,11 @@ bool isWide(char32_t point) {
                                [&](const Range& range) { return range.first <= point && point <= range.last; });
 }
 
+/// What scaling leaves behind the tenth digit is of no use to people.
+std::string readableExtent(const ZkMobileBackup::Size& size) {
+    return fmt::format("{:.10g} x {:.10g}", size.width, size.height);
+}
+
 void appendPart(std::string& text, const Value& part) {
     if (!text.empty()) text += ", ";
     text += readable(part);
@@ -118,7 +123,7 @@ std::string readable(const Value& value) {
     if (const std::int64_t* integer = value.integer()) return std::to_string(*integer);
     if (const double* floating = value.floating()) return fmt::format("{}", *floating);
     if (const Date* date = value.date()) return iso8601(*date).value_or("");
-    if (const ZkMobileBackup::Size* size = value.size()) return fmt::format("{} x {}", size->width, size->height);
+    if (const ZkMobileBackup::Size* size = value.size()) return readableExtent(*size);
     if (const auto* image = value.image(); image != nullptr && *image != nullptr) {
         return fmt::format("{} x {}", (*image)->width(), (*image)->height());
     }

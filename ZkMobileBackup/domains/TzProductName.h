@@ -4,7 +4,7 @@
 
 namespace ZkMobileBackup {
 
-/// Name of the folder that every export makes inside the host's output folder.
+/// Name of the folder inside the host's output folder that every export writes to. Exports of movies do not make it.
 ZKMB_API extern const char TzProductName[];
 
 }  // namespace ZkMobileBackup

@@ -1,5 +1,7 @@
 #include "ZkMobileBackup/domains/ZkMobileBackupAppDomain.h"
 
+#include <algorithm>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -140,16 +142,17 @@ void ZkMobileBackupAppDomain::postParserEnd(std::shared_ptr<ZkMobileBackupAppDom
     MainQueue::post([domain = std::move(domain)] { domain->callParserCallback(kParserFinished, 1.0); });
 }
 
+void ZkMobileBackupAppDomain::letGo(std::shared_ptr<ZkMobileBackupAppDomain> domain) {
+    MainQueue::post([domain = std::move(domain)] {});
+}
+
 std::string ZkMobileBackupAppDomain::GetOutPutFile(std::string_view path) const {
     return freeOutputPath(std::string(path));
 }
 
 void ZkMobileBackupAppDomain::extractWithOutputPath(const std::string& outputPath, DlxExportType type,
                                                     ExportCallback callback) {
-    {
-        const std::lock_guard lock(mutex_);
-        exportCallback_.swap(callback);
-    }
+    setExportCallback(std::move(callback));
     std::vector<Dictionary> values = exportValuesOfMarkedRecords();
     if (values.empty()) return reportEmptyExport();
     std::string path = joinedPath(outputPath, TzProductName);
@@ -157,11 +160,17 @@ void ZkMobileBackupAppDomain::extractWithOutputPath(const std::string& outputPat
     exporter_->recoveryBackupData(Rows(std::move(values)), type, path);
 }
 
+ZkMobileBackupAppDomain::Records ZkMobileBackupAppDomain::markedRecords() const {
+    Records marked;
+    std::ranges::copy_if(records_, std::back_inserter(marked),
+                         [](const auto& record) { return record->shouldRecovery(); });
+    return marked;
+}
+
 /// The export values of the marked records; a record without one is left out.
 std::vector<Dictionary> ZkMobileBackupAppDomain::exportValuesOfMarkedRecords() const {
     std::vector<Dictionary> values;
-    for (const auto& record : records_) {
-        if (!record->shouldRecovery()) continue;
+    for (const auto& record : markedRecords()) {
         if (auto value = record->exportValue()) values.push_back(std::move(*value));
     }
     return values;
@@ -170,7 +179,7 @@ std::vector<Dictionary> ZkMobileBackupAppDomain::exportValuesOfMarkedRecords() c
 void ZkMobileBackupAppDomain::reportEmptyExport() {
     exporter_->extportComplete(true);
     // No job of the exporter keeps its delegate alive here; this stands behind the exporter's call.
-    MainQueue::post([self = shared_from_this()] {});
+    letGo(shared_from_this());
 }
 
 void ZkMobileBackupAppDomain::recoveryStart() {
@@ -185,6 +194,11 @@ void ZkMobileBackupAppDomain::recoveryComplete(bool /*complete*/) {
     postExportCallback(kExportFinished, 1.0);
 }
 
+void ZkMobileBackupAppDomain::setExportCallback(ExportCallback callback) {
+    const std::lock_guard lock(mutex_);
+    exportCallback_.swap(callback);
+}
+
 /// The exporter's events come on the main queue; the host's callback stays one turn behind them.
 void ZkMobileBackupAppDomain::postExportCallback(ExportState state, double progress) {
     MainQueue::post([self = shared_from_this(), state, progress] { self->callExportCallback(state, progress); });
@@ -197,6 +211,22 @@ void ZkMobileBackupAppDomain::callExportCallback(ExportState state, double progr
         callback = exportCallback_;
     }
     if (callback) callback(state, state, &exportStop_, progress);
+}
+
+void ZkMobileBackupAppDomain::setStoppedHandler(std::function<void()> handler) {
+    const std::lock_guard lock(mutex_);
+    stoppedHandler_.swap(handler);
+}
+
+void ZkMobileBackupAppDomain::postStopped() {
+    MainQueue::post([self = shared_from_this()] {
+        std::function<void()> handler;
+        {
+            const std::lock_guard lock(self->mutex_);
+            handler = self->stoppedHandler_;
+        }
+        if (handler) handler();
+    });
 }
 
 std::shared_ptr<ZkDeviceBackupSnapshot> ZkMobileBackupAppDomain::snapshot() const {

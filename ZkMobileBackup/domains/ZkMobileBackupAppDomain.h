@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "ZkMobileBackup/records/InfoKeys.h"
 #include "base/Api.h"
 #include "base/Value.h"
 #include "export/DlxExporter.h"
@@ -22,11 +23,6 @@ class ZkDeviceBackupSnapshot;
 class ZkMobileBackupAddressBookDomain;
 class ZkMobileBackupAppDomainRecord;
 class ZkMobileBackupParser;
-
-/// Keys of the info dictionary that describes a domain's data.
-inline constexpr std::string_view kRawDBNameKey = "RawDBNameKey";  ///< text: file name without its extension
-inline constexpr std::string_view kRawDBdataKey = "RawDBdataKey";  ///< bytes of a database, or a file's path as text
-inline constexpr std::string_view kRawDBdateKey = "RawDBdateKey";  ///< date: a photo's change time
 
 /// One application's data in one backup: its records, live and deleted, and their export to files. This class itself
 /// stands for a database that no application here is known for; it never has records.
@@ -128,9 +124,21 @@ public:
     /// The backup parser whose scan made the domain; not owned, null without one and once it is gone.
     std::shared_ptr<ZkMobileBackupParser> backupParser() const { return backupParser_.lock(); }
 
+    /// The files that the export started last has written so far, in the order of writing. Any thread.
+    virtual std::vector<std::string> writtenPaths() const { return exporter_->writtenPaths(); }
+    /// The first failure of the export started last, as a sentence that names the file or folder; empty without one.
+    /// Any thread.
+    virtual std::string firstFailure() const { return exporter_->firstFailure(); }
+
+    /// A parse or an export of photos or movies that is stopped ends without its last callback; `handler` is called in
+    /// its place, on the main queue. Jobs of other domains always report their end. Any thread.
+    void setStoppedHandler(std::function<void()> handler);
+
 protected:
     /// What a parse callback hears.
     enum ParserState : std::int64_t { kParserStarted = 0, kParserGoingOn = 1, kParserFinished = 3 };
+    /// What an export callback hears, twice in each call.
+    enum ExportState : std::int64_t { kExportGoingOn = 0, kExportFinished = 1 };
 
     ZkMobileBackupAppDomain();
 
@@ -156,18 +164,30 @@ protected:
     /// thread never destroys it behind the back of a host that still uses its engine.
     static void postParserEnd(std::shared_ptr<ZkMobileBackupAppDomain> domain);
 
+    /// Lets go of a job's domain on the main queue, behind all that the job has posted.
+    static void letGo(std::shared_ptr<ZkMobileBackupAppDomain> domain);
+
+    void setExportCallback(ExportCallback callback);
+    /// Calls the export callback through the main queue.
+    void postExportCallback(ExportState state, double progress);
+    /// Calls the handler of stopped jobs through the main queue.
+    void postStopped();
+
+    // Whether the host has asked the job to stop.
+    bool parserStopped() const { return parserStop_.load(std::memory_order_relaxed); }
+    bool exportStopped() const { return exportStop_.load(std::memory_order_relaxed); }
+
+    /// The records that the host wants exported, in their order.
+    Records markedRecords() const;
+
     Records records_;
     std::optional<std::string> lastError_;
 
 private:
-    /// What an export callback hears, twice in each call.
-    enum ExportState : std::int64_t { kExportGoingOn = 0, kExportFinished = 1 };
-
     void connectExporter();
     void runParser();
     void setParser(std::shared_ptr<DlxSQLiteParser> parser);
     void callExportCallback(ExportState state, double progress);
-    void postExportCallback(ExportState state, double progress);
     void reportEmptyExport();
     std::vector<Dictionary> exportValuesOfMarkedRecords() const;
 
@@ -187,6 +207,7 @@ private:
     std::weak_ptr<ZkDeviceBackupSnapshot> snapshot_;
     ParserCallback parserCallback_;
     ExportCallback exportCallback_;
+    std::function<void()> stoppedHandler_;
 };
 
 }  // namespace ZkMobileBackup

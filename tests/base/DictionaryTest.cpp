@@ -4,17 +4,12 @@
 #include <vector>
 
 #include "base/Value.h"
+#include "tests/support/DictionaryKeys.h"
 
 namespace ZkMobileBackup {
 namespace {
 
 using testing::ElementsAre;
-
-std::vector<std::string> keysOf(const Dictionary& dictionary) {
-    std::vector<std::string> keys;
-    for (std::size_t i = 0; i < dictionary.size(); ++i) keys.push_back(dictionary.keyAt(i));
-    return keys;
-}
 
 /// Enough keys that look-up goes through an index.
 Dictionary manyKeys(std::size_t count) {

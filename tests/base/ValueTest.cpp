@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "base/Image.h"
@@ -11,8 +12,8 @@ namespace {
 
 class PlainImage : public Image {
 public:
-    int width() const override { return 4; }
-    int height() const override { return 3; }
+    Size size() const override { return {4, 3}; }
+    std::optional<Pixels> pixels() const override { return std::nullopt; }
 };
 
 SharedBytes bytesOf(std::vector<std::uint8_t> bytes) {

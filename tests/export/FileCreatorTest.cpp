@@ -120,6 +120,16 @@ TEST(StringValueFromObject, ManyDictionariesDoNotGrowTheCellWithoutEnd) {
     EXPECT_LT(cellText(array).size(), std::size_t{1} << 26);
 }
 
+TEST(StringValueFromObject, RepetitionOfMoreThan16MebibytesIsLeftOut) {
+    constexpr std::size_t kLongest = std::size_t{16} << 20U;
+    constexpr std::size_t kSeparator = 4;
+    const Dictionary twoTexts{{"k", "v"}, {"l", "w"}};
+    // The cell so far is this text behind a separator; two of it with a space between them and one more are compared.
+    const std::string fits(kLongest / 2 - kSeparator - 1, 'x');
+    EXPECT_EQ(cellText(Array{fits, twoTexts}).size(), kSeparator + fits.size() + kSeparator + kLongest - 1);
+    EXPECT_EQ(cellText(Array{fits + "x", twoTexts, "a"}), "  \r\n" + fits + "x  \r\na");
+}
+
 TEST(GetOutPutFile, FreePathIsReturnedUnchanged) {
     const ExportFolder folder;
     EXPECT_EQ(FileCreator::init()->GetOutPutFile(folder.path("Notes.html")), folder.path("Notes.html"));

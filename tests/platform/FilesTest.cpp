@@ -351,6 +351,55 @@ TEST(FreeOutputPath, DanglingLinkTakesAName) {
     EXPECT_EQ(freeOutputPath(folder.path("a.txt")), folder.path("a(0).txt"));
 }
 
+TEST(OutputPaths, AreThoseOfFreeOutputPath) {
+    const TemporaryFolder folder;
+    OutputPaths paths;
+    for (const char* name : {"a.txt", "a.txt", "a(0)b(0)", "a.txt", "a(0)b(0)", "b", "a(0)b(0)", "a(1).txt", "a.txt"}) {
+        const std::string path = paths.next(folder.path(name));
+        EXPECT_EQ(path, freeOutputPath(folder.path(name)));
+        writeText(path, "");
+    }
+    EXPECT_EQ(namesIn(folder).size(), 9U);
+}
+
+TEST(OutputPaths, PathThatWasNotUsedIsGivenAgain) {
+    const TemporaryFolder folder;
+    OutputPaths paths;
+    EXPECT_EQ(paths.next(folder.path("a")), folder.path("a"));
+    writeText(folder.path("a"), "");
+    EXPECT_EQ(paths.next(folder.path("a")), folder.path("a(0)"));
+    EXPECT_EQ(paths.next(folder.path("a")), folder.path("a(0)"));
+}
+
+TEST(OutputPaths, NumbersThatWereGivenAreNotAskedForAgain) {
+    const TemporaryFolder folder;
+    OutputPaths paths;
+    for (int count = 0; count < 4; ++count) writeText(paths.next(folder.path("a")), "");
+    fs::remove(folder.path("a(0)"));
+    EXPECT_EQ(freeOutputPath(folder.path("a")), folder.path("a(0)"));
+    EXPECT_EQ(paths.next(folder.path("a")), folder.path("a(3)"));
+}
+
+TEST(CopyToNewFile, NeverReplacesAnother) {
+    const TemporaryFolder folder;
+    OutputPaths paths;
+    writeText(folder.path("source"), "text");
+    for (const char* expected : {"a.JPG", "a(0).JPG", "a(1).JPG"}) {
+        EXPECT_EQ(copyToNewFile(folder.path("source"), folder.path("a.JPG"), paths).path, folder.path(expected));
+        EXPECT_EQ(readBytes(folder.path(expected)), readBytes(folder.path("source")));
+    }
+    EXPECT_EQ(namesIn(folder).size(), 4U);
+}
+
+TEST(CopyToNewFile, MissingSourceIsAFailureAndLeavesNothing) {
+    const TemporaryFolder folder;
+    OutputPaths paths;
+    const WrittenFile file = copyToNewFile(folder.path("source"), folder.path("a.JPG"), paths);
+    EXPECT_EQ(file.path, "");
+    EXPECT_EQ(file.failure, readFailure(folder.path("source"), ENOENT));
+    EXPECT_THAT(namesIn(folder), IsEmpty());
+}
+
 TEST(WriteNewFile, FileStandsUnderItsNameAlone) {
     const TemporaryFolder folder;
     const WrittenFile file = writeNewFile(folder.path("a.txt"), "text");

@@ -10,6 +10,7 @@
 
 #include "tests/support/Files.h"
 #include "tests/support/ManifestBuilder.h"
+#include "tests/support/MediaFiles.h"
 #include "tests/support/SampleDatabases.h"
 
 namespace ZkMobileBackup {
@@ -30,7 +31,8 @@ constexpr const char* kInfo = R"(<?xml version="1.0" encoding="UTF-8"?>
 </plist>
 )";
 
-constexpr std::uint32_t kMarch2013 = 1'362'500'000;
+constexpr std::uint32_t kMarch2013 = 1'362'500'000;  // when the first file was changed
+constexpr std::uint32_t kHour = 3600;                // until the next one was
 constexpr std::uint16_t kFolderMode = 0x41ED;
 
 struct File {
@@ -38,13 +40,6 @@ struct File {
     std::string path;
     std::vector<std::uint8_t> content;
 };
-
-std::vector<std::uint8_t> filler(std::string_view head) {
-    const auto bytes = bytesOf(head);
-    std::vector<std::uint8_t> content(bytes.begin(), bytes.end());
-    content.resize(512, 0x5A);
-    return content;
-}
 
 std::vector<File> databases() {
     return {
@@ -59,17 +54,60 @@ std::vector<File> databases() {
     };
 }
 
-/// Small files that have the names of pictures and movies; what is in them does not matter to finding them.
-std::vector<File> mediaFiles() {
+/// Pictures show the digit that their name ends in; recovered_media.py knows them all.
+std::vector<File> photos() {
+    const std::string domain = "CameraRollDomain";
+    const std::string folder = "Media/DCIM/100MEDIA/";
     return {
-        {"CameraRollDomain", "Media/DCIM/100MEDIA/IMG_0001.JPG", filler("\xFF\xD8\xFF\xE0")},
-        {"CameraRollDomain", "Media/DCIM/100MEDIA/IMG_0002.JPG", filler("\xFF\xD8\xFF\xE1")},
-        {"CameraRollDomain", "Media/DCIM/100MEDIA/IMG_0003.PNG", filler("\x89PNG\r\n\x1A\n")},
-        {"CameraRollDomain", "Media/DCIM/100MEDIA/IMG_0004.MOV", filler("moov")},
-        {"CameraRollDomain", "Media/PhotoData/Thumbnails/120x120.ithmb", filler("thumbnails")},
-        {"AppDomain-com.example.reader", "Documents/lower case is no photo.jpg", filler("\xFF\xD8")},
-        {"AppDomain-com.example.reader", "Documents/Bücherliste 📚.txt", filler("titles")},
+        {domain, folder + "IMG_0001.JPG", jpegFile(numberedQuadrants(400, 300, 1))},
+        {domain, folder + "IMG_0002.JPG", jpegFile(numberedQuadrants(300, 200, 2))},
+        {domain, folder + "IMG_0003.PNG", pngFile(numberedQuadrants(320, 480, 3))},
+        {domain, folder + "IMG_0005.JPG", jpegFile(numberedQuadrants(480, 640, 5), {.orientation = 6})},
+        {domain, folder + "IMG_0007.JPG", jpegFile(detailedQuadrants(1600, 1200), {.progressive = true})},
+        {domain, "Media/DCIM/101MEDIA/IMG_0001.JPG", jpegFile(numberedQuadrants(180, 240, 1))},
+        {"AppDomain-com.example.reader", "Documents/lower case is no photo.jpg", jpegFile(quadrants(64, 64))},
     };
+}
+
+std::vector<File> movies() {
+    const std::string domain = "CameraRollDomain";
+    const std::string folder = "Media/DCIM/100MEDIA/";
+    return {
+        {domain, folder + "IMG_0004.MOV", movieFile({.width = 320, .height = 240, .frames = 60})},
+        {domain, folder + "IMG_0006.MOV",
+         movieFile({.width = 180, .height = 320, .frames = 45, .rotation = 90, .sound = true})},
+    };
+}
+
+/// Slots with these digits; a 0 stands for an empty one.
+File thumbnails(const std::string& name, int width, int height, const std::vector<int>& digits) {
+    std::vector<ThumbnailSlot> slots;
+    for (const int digit : digits) {
+        slots.push_back(digit == 0 ? ThumbnailSlot() : numberedQuadrants(width, height, digit));
+    }
+    return {"CameraRollDomain", "Media/PhotoData/Thumbnails/" + name, thumbnailStore(width, height, slots)};
+}
+
+/// Of these stores the one with the widest pictures is read, "3319.ithmb".
+std::vector<File> thumbnailStores() {
+    return {
+        thumbnails("3303.ithmb", 24, 22, {5, 0, 6}),
+        thumbnails("3309.ithmb", 64, 64, {0, 7}),
+        thumbnails("3319.ithmb", 160, 157, {1, 0, 2, 3, 0, 0, 4}),
+        thumbnails("4031.ithmb", 120, 120, {8, 9, 0}),
+    };
+}
+
+std::vector<File> otherFiles() {
+    return {{"AppDomain-com.example.reader", "Documents/Bücherliste 📚.txt", {'t', 'i', 't', 'l', 'e', 's'}}};
+}
+
+std::vector<File> allFiles() {
+    std::vector<File> all;
+    for (const auto& files : {databases(), photos(), movies(), thumbnailStores(), otherFiles()}) {
+        all.insert(all.end(), files.begin(), files.end());
+    }
+    return all;
 }
 
 std::string fileName(const File& file) {
@@ -94,12 +132,12 @@ std::string indexedFileName(const File& file) {
     return {name.rbegin(), name.rend()};
 }
 
-ManifestRecord recordOf(const File& file) {
+ManifestRecord recordOf(const File& file, std::uint32_t time) {
     ManifestRecord record;
     record.domain = file.domain;
     record.path = file.path;
     record.length = file.content.size();
-    record.modified = record.accessed = record.changed = kMarch2013;
+    record.modified = record.accessed = record.changed = time;
     record.properties = {{"com.example.source", "sample"}};
     return record;
 }
@@ -116,16 +154,15 @@ ManifestRecord folderRecord(std::string domain, std::string path) {
 }  // namespace
 
 void writeSampleBackup(const std::string& folder, BackupIndex index) {
-    std::vector<File> files = databases();
-    for (File& file : mediaFiles()) files.push_back(std::move(file));
-
     ManifestBuilder manifest;
     manifest.add(folderRecord("HomeDomain", ""));
     manifest.add(folderRecord("HomeDomain", "Library"));
-    for (const File& file : files) {
+    std::uint32_t time = kMarch2013;
+    for (const File& file : allFiles()) {
         const std::string name = index == BackupIndex::Present ? indexedFileName(file) : fileName(file);
-        manifest.addIndexed(recordOf(file), name);
+        manifest.addIndexed(recordOf(file, time), name);
         writeBytes(folder + "/" + name, file.content);
+        time += kHour;
     }
     writeBytes(folder + "/Manifest.mbdb", manifest.bytes());
     if (index == BackupIndex::Present) writeBytes(folder + "/Manifest.mbdx", manifest.indexBytes());

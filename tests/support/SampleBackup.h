@@ -10,8 +10,8 @@ enum class BackupIndex {
     Present  ///< names stand in "Manifest.mbdx"; they say nothing about the path
 };
 
-/// Writes a whole backup into `folder`, which is made if need be: every sample database, pictures, a movie, thumbnails,
-/// a property list, and a manifest that names them. The same bytes at every call.
+/// Writes a whole backup into `folder`, which is made if need be: every sample database, pictures, movies, stores of
+/// thumbnails, a property list, and a manifest that names them. The same bytes at every call.
 /// Throws std::runtime_error when something cannot be written.
 void writeSampleBackup(const std::string& folder, BackupIndex index = BackupIndex::None);
 

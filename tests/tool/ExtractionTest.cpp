@@ -5,6 +5,7 @@
 #include "ZkMobileBackup/records/ZkMobileBackupAppDomainRecord.h"
 #include "base/MainQueue.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tool/backup.h"
 #include "tool/command.h"
 #include "tool/extraction.h"
 
@@ -49,6 +50,38 @@ public:
     }
 };
 
+/// One whose jobs are stopped and end without a last call.
+class StoppedJobs : public Domain {
+public:
+    static std::shared_ptr<StoppedJobs> init() { return connected(std::make_shared<StoppedJobs>()); }
+
+    void parserWithCallbackBlock(ParserCallback) override { stopLater(); }
+    void extractWithOutputPath(const std::string&, DlxExportType, ExportCallback) override { stopLater(); }
+
+private:
+    void stopLater() {
+        MainQueue::post([this] {
+            jobEnded = true;
+            postStopped();
+        });
+    }
+};
+
+/// One whose parse reports its end past the main queue, where a report still waits.
+class HastyDomain : public Domain {
+public:
+    static std::shared_ptr<HastyDomain> init() { return connected(std::make_shared<HastyDomain>()); }
+
+    void parserWithCallbackBlock(ParserCallback callback) override {
+        setParserCallback(std::move(callback));
+        postParserCallback(kParserGoingOn, 0.5);
+        MainQueue::post([this] { reportWasHeard = true; });
+        callParserCallback(kParserFinished, 1.0);
+    }
+
+    bool reportWasHeard = false;
+};
+
 class ExtractionOf : public testing::Test {
 protected:
     void run(ZkMobileBackupAppDomain& domain) {
@@ -72,10 +105,30 @@ TEST_F(ExtractionOf, AStoppedFileEndsWithItsJob) {
     EXPECT_TRUE(domain->jobEnded);
 }
 
+TEST_F(ExtractionOf, AJobThatEndsWithoutALastCallEnds) {
+    const auto domain = StoppedJobs::init();
+    run(*domain);
+    EXPECT_TRUE(domain->jobEnded);
+}
+
 TEST_F(ExtractionOf, ADomainLeavesItToHearOfTheNextOneItself) {
     const auto domain = Domain::init();
     run(*domain);
     EXPECT_EQ(domain->exporter()->exporterDelegate(), domain.get());
+}
+
+TEST(ParseOf, AJobThatEndsWithoutALastCallEnds) {
+    Context context;
+    const auto domain = StoppedJobs::init();
+    parseDomain(*domain, context);
+    EXPECT_TRUE(domain->jobEnded);
+}
+
+TEST(ParseOf, AHastyDomainLeavesNoReportBehind) {
+    Context context;
+    const auto domain = HastyDomain::init();
+    parseDomain(*domain, context);
+    EXPECT_TRUE(domain->reportWasHeard);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <limits>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 
 #include "base/Image.h"
@@ -16,8 +17,8 @@ using ZkMobileBackup::Value;
 
 class Picture : public ZkMobileBackup::Image {
 public:
-    int width() const override { return 400; }
-    int height() const override { return 300; }
+    ZkMobileBackup::Size size() const override { return {400, 300}; }
+    std::optional<ZkMobileBackup::Pixels> pixels() const override { return std::nullopt; }
 };
 
 std::string written(const Value& value) {

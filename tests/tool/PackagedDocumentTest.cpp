@@ -82,14 +82,29 @@ TEST_P(PackagedDocument, NoHomeAtAllIsAFailure) {
     EXPECT_EQ(result.output, "0 files written\n");
 }
 
-TEST_P(PackagedDocument, MissingTemplateIsAFailure) {
-    if (fs::exists(ZKMB_INSTALLED_RESOURCES)) GTEST_SKIP() << "the library is installed here";
-    // Away from its build folder the library takes the templates that were installed with it.
-    fs::create_directory(folder_.path("lib"));
-    fs::copy_file(ZKMB_LIBRARY, folder_.path("lib/" + fs::path(ZKMB_LIBRARY).filename().string()));
-    const ToolResult result = runToolWith({{"LD_LIBRARY_PATH", folder_.path("lib")}}, command());
-    EXPECT_THAT(result, FailsWithOneSentenceNaming(std::string("/test.") + GetParam() + "': it is missing"));
+/// An installation somewhere else: the library's file in a folder of its own.
+class InstalledDocument : public PackagedDocument {
+protected:
+    InstalledDocument() {
+        fs::create_directories(libraryFolder());
+        fs::copy_file(ZKMB_LIBRARY, libraryFolder() + "/" + fs::path(ZKMB_LIBRARY).filename().string());
+    }
+    std::string libraryFolder() const { return folder_.path("moved/" ZKMB_LIBRARY_FOLDER); }
+    ToolResult run() const { return runToolWith({{"LD_LIBRARY_PATH", libraryFolder()}}, command()); }
+};
+
+TEST_P(InstalledDocument, MissingTemplateIsAFailure) {
+    EXPECT_THAT(run(), FailsWithOneSentenceNaming(std::string("/test.") + GetParam() + "': it is missing"));
 }
+
+TEST_P(InstalledDocument, TemplateIsFoundWhereTheLibraryWasMovedTo) {
+    fs::create_directories(folder_.path("moved/" ZKMB_DATA_FOLDER));
+    fs::copy(ZKMB_BUILT_RESOURCES, folder_.path("moved/" ZKMB_DATA_FOLDER "/zkmobilebackup"));
+    ASSERT_THAT(run(), SucceedsSilently());
+    EXPECT_TRUE(anyPartHolds(document(), "second"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Document, InstalledDocument, testing::ValuesIn(kPackagedTypes));
 
 INSTANTIATE_TEST_SUITE_P(Document, PackagedDocument, testing::ValuesIn(kPackagedTypes));
 

@@ -16,6 +16,8 @@ public:
 
     /// Adds a file of the phone with its bytes.
     SmallBackup& add(const std::string& path, const std::vector<std::uint8_t>& bytes);
+    /// Adds files of the phone that are all stored in one file of the backup, and returns the path of this.
+    std::string addAlike(const std::vector<std::string>& paths, const std::vector<std::uint8_t>& bytes);
 
     const std::string& path() const { return folder_.path(); }
 

@@ -51,6 +51,7 @@ TEST(Text, DateOutsideTheYears0To9999IsNothing) {
 TEST(Text, PartsOfAValueAreSeparatedByCommas) {
     EXPECT_EQ(readable(Array{"a", 1, Dictionary{{"k", "b"}, {"l", Value()}}}), "a, 1, b, ");
     EXPECT_EQ(readable(ZkMobileBackup::Size{120, 90.5}), "120 x 90.5");
+    EXPECT_EQ(readable(ZkMobileBackup::Size{303 * 0.3, 1e6}), "90.9 x 1000000");
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "ZkMobileBackup/backup/ZkMbdbFileParser.h"
 #include "base/Log.h"
 #include "tests/ZkMobileBackup/backup/Sha1Failures.h"
+#include "tests/support/DictionaryKeys.h"
 #include "tests/support/Files.h"
 #include "tests/support/ManifestBuilder.h"
 #include "tests/support/TemporaryFolder.h"
@@ -81,12 +82,6 @@ protected:
     TemporaryFolder folder_;
     std::vector<std::string> log_;
 };
-
-std::vector<std::string> keysOf(const Dictionary& dictionary) {
-    std::vector<std::string> keys;
-    for (std::size_t i = 0; i < dictionary.size(); ++i) keys.push_back(dictionary.keyAt(i));
-    return keys;
-}
 
 std::vector<std::int64_t> offsetsOf(const Manifest& manifest) {
     std::vector<std::int64_t> offsets;

@@ -254,24 +254,6 @@ TEST(PhotoDomainParse, ReportsTheEndThroughTheMainQueueEachTime) {
     EXPECT_TRUE(domain->records().empty());
 }
 
-TEST(MovieDomainParse, ReportsTheEndOnTheThreadOfItsJob) {
-    const auto domain = ZkMobileBackupMovieDomain::initWithMovoes({});
-    const auto thread = std::make_shared<std::promise<std::thread::id>>();
-    domain->parserWithCallbackBlock([thread](std::int64_t state, std::atomic<bool>*, double progress) {
-        EXPECT_EQ(state, 3);
-        EXPECT_EQ(progress, 1.0);
-        thread->set_value(std::this_thread::get_id());
-    });
-    // Nobody runs the main queue meanwhile.
-    EXPECT_NE(thread->get_future().get(), std::this_thread::get_id());
-}
-
-TEST(MovieDomainParse, MayBeParsedAgain) {
-    const auto domain = ZkMobileBackupMovieDomain::initWithMovoes({});
-    EXPECT_THAT(parse(*domain), ElementsAre(ParseEvent{3, 1.0}));
-    EXPECT_THAT(parse(*domain), ElementsAre(ParseEvent{3, 1.0}));
-}
-
 // --- Export --------------------------------------------------------------------------------------------------------
 
 TEST(DomainExport, ProductNameIsTheFixedText) {

@@ -447,6 +447,12 @@ TYPED_TEST(ParserSubclass, ScansLikeItsBase) {
     EXPECT_EQ(scan(*parser), scan(*ZkMobileBackupParser::initWithBackupSnapshot(backup.snapshot())));
 }
 
+/// Voicemail has none yet, the photo library's database gives a domain without pictures.
+bool hasNoRecords(const ZkMobileBackupAppDomain& domain) {
+    const auto* photos = dynamic_cast<const ZkMobileBackupPhotoDomain*>(&domain);
+    return domain.exportName() == "Voicemail" || (photos != nullptr && photos->photos().empty());
+}
+
 TEST(SampleBackupScan, EveryDomainParsesAtOnceInBothKindsOfBackup) {
     for (const BackupIndex index : {BackupIndex::None, BackupIndex::Present}) {
         const TemporaryFolder folder;
@@ -461,10 +467,7 @@ TEST(SampleBackupScan, EveryDomainParsesAtOnceInBothKindsOfBackup) {
         }
         MainQueue::run();
         for (const auto& domain : parser->domains()) {
-            const bool hasTable =
-                testing::Value(nameOf(domain), testing::AnyOf("Contacts", "Message", "Callhistory", "Calendar",
-                                                              "Reminder", "Note", "SafariBookmarks"));
-            EXPECT_EQ(domain->records().empty(), !hasTable) << nameOf(domain);
+            EXPECT_EQ(domain->records().empty(), hasNoRecords(*domain)) << nameOf(domain);
         }
         ZkMobileBackupAppDomain::setAddressBookDomain(nullptr);
     }

@@ -13,7 +13,6 @@ using ::ZkMobileBackup::testing::Cells;
 using ::ZkMobileBackup::testing::columnOf;
 using ::ZkMobileBackup::testing::Database;
 using ::ZkMobileBackup::testing::Entries;
-using ::ZkMobileBackup::testing::keysOf;
 using ::ZkMobileBackup::testing::Report;
 
 constexpr std::size_t kCompanyCell = 5;

@@ -212,7 +212,7 @@ TEST_P(EveryResultTable, ReportsProgressCountsAndNameInThisOrder) {
     table();
     ASSERT_EQ(delegate.reports.size(), GetParam().reports.size());
     for (const Dictionary& progress : delegate.reports) {
-        EXPECT_THAT(testing::keysOf(progress), ElementsAre("Backup_Process_Key", "Backup_Deleted_Data_Key",
+        EXPECT_THAT(keysOf(progress), ElementsAre("Backup_Process_Key", "Backup_Deleted_Data_Key",
                                                            "Backup_All_Data_Key", "Backup_identify_Key"));
     }
 }

@@ -184,7 +184,7 @@ TEST_P(EveryShaping, RowsBeginWithAnIdentityAndTheColumnsInOrder) {
     std::vector<std::string> firstKeys = GetParam().firstKeys;
     firstKeys.insert(firstKeys.begin(), "RowData_Identify_Key");
     for (const Dictionary& row : rowsOf(*shaped())) {
-        std::vector<std::string> keys = testing::keysOf(row);
+        std::vector<std::string> keys = keysOf(row);
         keys.resize(firstKeys.size());
         EXPECT_EQ(keys, firstKeys);
     }

@@ -10,6 +10,7 @@
 
 #include "recovery/TableKeys.h"
 #include "recovery/shaping/result_table.h"
+#include "tests/support/DictionaryKeys.h"
 
 namespace ZkMobileBackup::testing {
 
@@ -72,12 +73,6 @@ struct Database {
         if (reports.size() == stopAfterReports) stop = true;
     }
 };
-
-inline std::vector<std::string> keysOf(const Dictionary& dictionary) {
-    std::vector<std::string> keys;
-    for (std::size_t i = 0; i < dictionary.size(); ++i) keys.push_back(dictionary.keyAt(i));
-    return keys;
-}
 
 /// Result rows without their identities.
 inline std::vector<Dictionary> contentOf(const RowList& rows) {

@@ -1,0 +1,7 @@
+#include "base/Movie.h"
+
+namespace ZkMobileBackup {
+
+Movie::~Movie() = default;
+
+}  // namespace ZkMobileBackup

@@ -1,0 +1,72 @@
+#include "platform/FileCopy.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <utility>
+
+namespace ZkMobileBackup {
+
+namespace {
+
+std::uint64_t sizeOf(const FileDescriptor& file) {
+    struct stat status {};
+    return ::fstat(file.get(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+}  // namespace
+
+FileCopy::FileCopy(std::string source, const std::string& target, OutputPaths& paths) : sourcePath_(std::move(source)) {
+    makeTarget(target, paths);
+    if (target_.isOpen()) openSource();
+}
+
+void FileCopy::makeTarget(const std::string& path, OutputPaths& paths) {
+    do {
+        targetPath_ = paths.next(path);
+        target_ = FileDescriptor(
+            ::open(targetPath_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kReadableByAll));
+    } while (!target_.isOpen() && errno == EEXIST);
+    if (!target_.isOpen()) fail(writeFailure(targetPath_, errno));
+}
+
+void FileCopy::openSource() {
+    source_ = openRegularFile(sourcePath_);
+    if (!source_.isOpen()) return fail(readFailure(sourcePath_, errno));
+    size_ = sizeOf(source_);
+}
+
+std::uint64_t FileCopy::copyNext(std::uint64_t count) {
+    const std::uint64_t begin = position_;
+    if (!target_.writeContentOf(source_, position_, count)) fail(copyFailure(errno));
+    return position_ - begin;
+}
+
+void FileCopy::copyRest() {
+    const std::uint64_t end = sizeOf(source_);
+    if (end > position_) copyNext(end - position_);
+}
+
+WrittenFile FileCopy::finish() {
+    if (left() > 0) fail(fmt::format("'{}' became shorter while it was copied.", sourcePath_));
+    source_.close();
+    if (!target_.close()) fail(writeFailure(targetPath_, errno));
+    return failure_.empty() ? WrittenFile{targetPath_, {}} : WrittenFile{{}, failure_};
+}
+
+WrittenFile FileCopy::finishEarly() {
+    if (left() > 0) fail(fmt::format("'{}' is only a part of '{}', or empty.", targetPath_, sourcePath_));
+    return finish();
+}
+
+/// Which of the two files is to blame is not known.
+std::string FileCopy::copyFailure(int error) const {
+    return fmt::format("Cannot copy '{}' to '{}': {}.", sourcePath_, targetPath_, textOfError(error));
+}
+
+void FileCopy::fail(std::string failure) {
+    if (failure_.empty()) failure_ = std::move(failure);
+}
+
+}  // namespace ZkMobileBackup

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <csignal>
+#include <sys/resource.h>
+
+namespace ZkMobileBackup {
+
+/// As long as it lives, files of this process and of the programs that it starts grow no further than that; writing
+/// more fails.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit before_{};
+    void (*handler_)(int);
+};
+
+}  // namespace ZkMobileBackup
