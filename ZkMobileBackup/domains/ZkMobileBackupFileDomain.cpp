@@ -1,6 +1,7 @@
 #include "ZkMobileBackup/domains/ZkMobileBackupFileDomain.h"
 
 #include <fmt/format.h>
+#include <new>
 #include <utility>
 
 #include "ZkMobileBackup/records/ZkMobileBackupAppDomainRecord.h"
@@ -26,9 +27,20 @@ void ZkMobileBackupFileDomain::extractWithOutputPath(const std::string& outputPa
     setExportCallback(std::move(callback));
     forgetOutcome();
     submitJob(QueuePriority::kDefault, [this, self = shared_from_this(), path = absolutePath(outputPath)]() mutable {
-        exportRecords(markedRecords(), path) ? postExportCallback(kExportFinished, 1.0) : postStopped();
+        runExport(path) ? postExportCallback(kExportFinished, 1.0) : postStopped();
         letGo(std::move(self));
     });
+}
+
+/// Returns false when the host stopped it.
+bool ZkMobileBackupFileDomain::runExport(const std::string& outputPath) {
+    try {
+        return exportRecords(markedRecords(), outputPath);
+    } catch (const std::bad_alloc&) {
+        // What was written until then stays, and the end is reported.
+        noteFailure(fmt::format("There is not enough memory to write all files to '{}'.", outputPath));
+        return true;
+    }
 }
 
 /// Before the job is there: a host that asks at once must not get what an earlier export did.

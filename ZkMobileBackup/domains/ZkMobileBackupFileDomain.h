@@ -44,6 +44,7 @@ protected:
 
 private:
     void forgetOutcome();
+    bool runExport(const std::string& outputPath);
 
     mutable std::mutex outcomeMutex_;
     // Of the export started last; guarded by outcomeMutex_:

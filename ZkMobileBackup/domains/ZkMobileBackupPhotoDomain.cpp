@@ -174,26 +174,28 @@ bool ZkMobileBackupPhotoDomain::exportRecords(const Records& marked, const std::
     std::size_t number = 0;
     for (const auto& record : marked) {
         if (exportStopped()) return false;
-        exportRecord(dynamic_cast<const ZkMobileBackupPhotoRecord&>(*record), folder, paths);
+        exportRecord(*record, folder, paths);
         if (++number % kRecordsPerReport != 0) continue;
         postExportCallback(kExportGoingOn, static_cast<double>(number) / static_cast<double>(marked.size()));
     }
     return true;
 }
 
-void ZkMobileBackupPhotoDomain::exportRecord(const ZkMobileBackupPhotoRecord& record, const std::string& folder,
+void ZkMobileBackupPhotoDomain::exportRecord(const ZkMobileBackupAppDomainRecord& record, const std::string& folder,
                                              OutputPaths& paths) {
     const auto path = targetOf(record, kPhotoRecordTitle, folder, ".JPG");
     if (!path) return;
     if (!record.isDeleted()) return copyPhoto(record, *path, paths);
-    const Value* image = record.recordValueForKey(kPhotoRecordThumbnail);
-    saveImage(*image->image(), *path, paths);
+    const Value* thumbnail = record.recordValueForKey(kPhotoRecordThumbnail);
+    const auto* image = thumbnail != nullptr ? thumbnail->image() : nullptr;
+    saveImage(image != nullptr ? *image : nullptr, *path, paths);
 }
 
-void ZkMobileBackupPhotoDomain::copyPhoto(const ZkMobileBackupPhotoRecord& record, const std::string& path,
+void ZkMobileBackupPhotoDomain::copyPhoto(const ZkMobileBackupAppDomainRecord& record, const std::string& path,
                                           OutputPaths& paths) {
-    if (!record.photoPath()) return noteFailure(fmt::format("There is no photo for '{}'.", path));
-    noteWritten(copyToNewFile(*record.photoPath(), path, paths));
+    const auto* photo = dynamic_cast<const ZkMobileBackupPhotoRecord*>(&record);
+    if (photo == nullptr || !photo->photoPath()) return noteFailure(fmt::format("There is no photo for '{}'.", path));
+    noteWritten(copyToNewFile(*photo->photoPath(), path, paths));
 }
 
 bool ZkMobileBackupPhotoDomain::saveImage(const std::shared_ptr<const Image>& image, const std::string& path) {

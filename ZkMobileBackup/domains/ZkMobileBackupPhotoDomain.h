@@ -16,7 +16,6 @@ namespace ZkMobileBackup {
 
 class Image;
 class OutputPaths;
-class ZkMobileBackupPhotoRecord;
 
 /// The pictures of a backup: the photos that it holds as files, and as deleted records the thumbnails of one of the
 /// stores (".ithmb") that the phone's photo library keeps. It does not read the photo database. Its records are
@@ -91,8 +90,8 @@ private:
     void readThumbnails();
     void appendThumbnail(Value picture);
     void appendRecord(const Dictionary& info);
-    void exportRecord(const ZkMobileBackupPhotoRecord& record, const std::string& folder, OutputPaths& paths);
-    void copyPhoto(const ZkMobileBackupPhotoRecord& record, const std::string& path, OutputPaths& paths);
+    void exportRecord(const ZkMobileBackupAppDomainRecord& record, const std::string& folder, OutputPaths& paths);
+    void copyPhoto(const ZkMobileBackupAppDomainRecord& record, const std::string& path, OutputPaths& paths);
     bool saveImage(const std::shared_ptr<const Image>& image, const std::string& path, OutputPaths& paths);
 
     const std::vector<Dictionary> photos_;

@@ -3,6 +3,7 @@
 #include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <new>
 #include <string>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -124,6 +125,16 @@ TEST(FileDomain, OutcomeIsForgottenOnceTheNextExportIsAccepted) {
     EXPECT_EQ(domain->firstFailure(), "");
     goOn.set_value();
     MainQueue::run();
+}
+
+TEST(FileDomain, MemoryThatRunsOutIsAFailureAndEndsTheExport) {
+    const auto domain = ScriptedFileDomain::init([](ScriptedFileDomain& self, const std::string&) -> bool {
+        self.noteWritten({"/file", ""});
+        throw std::bad_alloc();
+    });
+    EXPECT_THAT(extract(*domain, "/folder"), ElementsAre(ExportEvent{1, 1, 1.0}));
+    EXPECT_THAT(domain->writtenPaths(), ElementsAre("/file"));
+    EXPECT_THAT(domain->firstFailure(), HasSubstr("'/folder'"));
 }
 
 TEST(FileDomain, FirstFailureIsTheOneThatIsTold) {
