@@ -125,6 +125,7 @@ inline void waitUntilIdle(const std::shared_ptr<ZkMobileBackupPhotoDomain>& doma
         MainQueue::runUntilIdle();
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+    domain->parser();  // takes the lock that a job took last, and so sees what the job has done
 }
 
 }  // namespace ZkMobileBackup
