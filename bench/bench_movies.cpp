@@ -31,7 +31,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kRounds = 5;
+constexpr int kRounds = 10;
 constexpr std::uint64_t kMovieSize = 2'000'000'000;
 
 /// A movie whose last box, which players skip, is full of noise.
@@ -133,9 +133,16 @@ void run(const std::string& folder) {
     const std::size_t baseline = peakMemory();
     double own = std::numeric_limits<double>::infinity();
     double peer = own;
-    for (int round = 0; round < kRounds; ++round) {
+    const auto runOwn = [&] {
         own = std::min(own, secondsOf(product + "/copy.MOV", [&] { exportMovie(*domain, folder); }));
+    };
+    const auto runPeer = [&] {
         peer = std::min(peer, secondsOf(product + "/peer", [&] { copyByProgram(movie, product + "/peer"); }));
+    };
+    // Each gets the memory that the other has just left every second time: it is faster than fresh memory.
+    for (int round = 0; round < kRounds; ++round) {
+        round % 2 == 0 ? runOwn() : runPeer();
+        round % 2 == 0 ? runPeer() : runOwn();
     }
     std::cout << "copy " << own << " " << peer << "\nmemory " << peakMemory() - baseline << "\n";
     fs::remove_all(product);

@@ -45,7 +45,7 @@ TEST_F(WriteContentOf, BeyondTheEndIsNothing) {
     EXPECT_EQ(written(), "");
 }
 
-TEST_F(WriteContentOf, TargetThatTheKernelDoesNotSendToIsWrittenThroughMemory) {
+TEST_F(WriteContentOf, ContentOfManyPiecesIsWrittenFromAnyPosition) {
     std::string content;
     for (int i = 0; i < 50'000; ++i) content += std::to_string(i);
     writeText(folder_.path("source"), content);
