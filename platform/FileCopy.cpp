@@ -39,7 +39,7 @@ void FileCopy::openSource() {
 
 std::uint64_t FileCopy::copyNext(std::uint64_t count) {
     const std::uint64_t begin = position_;
-    if (!target_.writeContentOf(source_, position_, count)) fail(copyFailure(errno));
+    if (!target_.writeContentOf(source_, position_, count)) fail(copyFailure(sourcePath_, targetPath_, errno));
     return position_ - begin;
 }
 
@@ -58,11 +58,6 @@ WrittenFile FileCopy::finish() {
 WrittenFile FileCopy::finishEarly() {
     if (left() > 0) fail(fmt::format("'{}' is only a part of '{}', or empty.", targetPath_, sourcePath_));
     return finish();
-}
-
-/// Which of the two files is to blame is not known.
-std::string FileCopy::copyFailure(int error) const {
-    return fmt::format("Cannot copy '{}' to '{}': {}.", sourcePath_, targetPath_, textOfError(error));
 }
 
 void FileCopy::fail(std::string failure) {

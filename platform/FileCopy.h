@@ -32,7 +32,6 @@ public:
 private:
     void makeTarget(const std::string& path, OutputPaths& paths);
     void openSource();
-    std::string copyFailure(int error) const;
     void fail(std::string failure);
 
     std::string sourcePath_;

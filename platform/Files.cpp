@@ -274,6 +274,10 @@ std::string writeFailure(const std::string& path, int error) {
     return fmt::format("Cannot write '{}': {}.", path, textOfError(error));
 }
 
+std::string copyFailure(const std::string& source, const std::string& target, int error) {
+    return fmt::format("Cannot copy '{}' to '{}': {}.", source, target, textOfError(error));
+}
+
 std::string temporaryPathBeside(const std::string& path) {
     static std::atomic<unsigned> counter{0};
     std::string candidate;
@@ -308,7 +312,8 @@ WrittenFile copyToNewFile(const std::string& source, const std::string& path, Ou
         std::uint64_t position = 0;
         return target.writeContentOf(content, position);
     };
-    return file.create(fill) ? claimFreeName(file, path, paths) : notWritten(path, file.error());
+    if (!file.create(fill)) return {{}, copyFailure(source, path, file.error())};
+    return claimFreeName(file, path, paths);
 }
 
 WrittenFile moveToFreeName(const std::string& temporaryPath, const std::string& path) {

@@ -65,9 +65,11 @@ private:
 
 /// What an errno value says, in words.
 std::string textOfError(int error);
-// The sentences about a file that could not be read or written, from a value of errno.
+// The sentences about a file that could not be read, written or copied, from a value of errno. Which file is to blame
+// for a copy is not known.
 std::string readFailure(const std::string& path, int error);
 std::string writeFailure(const std::string& path, int error);
+std::string copyFailure(const std::string& source, const std::string& target, int error);
 
 /// What became of a file that was to be written.
 struct WrittenFile {

@@ -268,32 +268,27 @@ TEST(Thumbnails, StoreOfExactlyOneSlotGivesOneDeletedRecord) {
     EXPECT_EQ(resolutionOf(record), (Size{160, 157}));
 }
 
-TEST(Thumbnails, EmptySlotGivesNoRecordAndTakesNoNumber) {
-    constexpr std::size_t kPixels = 24 * 22 * 2;
+/// What becomes of a store of the smallest thumbnails, each slot made of a low byte, a high byte and one of its tail.
+std::vector<std::string> titlesOfSlots(const std::vector<std::array<std::uint8_t, 3>>& slots) {
+    Bytes store;
+    for (const auto& [low, high, tail] : slots) store = store + slotOf(24 * 22 * 2, low, high, tail);
     PhotoFiles files;
-    files.addStore("3303.ithmb", slotOf(kPixels, 0, 0, 0) + slotOf(kPixels, 7, 0, 0) + slotOf(kPixels, 0, 0, 0) +
-                                     slotOf(kPixels, 0, 0, 0) + slotOf(kPixels, 9, 1, 1));
+    files.addStore("3303.ithmb", store);
     const auto domain = files.domain();
     parse(*domain);
-    EXPECT_THAT(titlesOf(*domain), ElementsAre("_1", "_2"));
+    return titlesOf(*domain);
+}
+
+TEST(Thumbnails, EmptySlotGivesNoRecordAndTakesNoNumber) {
+    EXPECT_THAT(titlesOfSlots({{0, 0, 0}, {7, 0, 0}, {0, 0, 0}, {0, 0, 0}, {9, 1, 1}}), ElementsAre("_1", "_2"));
 }
 
 TEST(Thumbnails, SlotWithHighBytesAloneIsDark) {
-    constexpr std::size_t kPixels = 24 * 22 * 2;
-    PhotoFiles files;
-    files.addStore("3303.ithmb", slotOf(kPixels, 0, 0xFF, 0));
-    const auto domain = files.domain();
-    parse(*domain);
-    EXPECT_THAT(domain->records(), IsEmpty());
+    EXPECT_THAT(titlesOfSlots({{0, 0xFF, 0}}), IsEmpty());
 }
 
 TEST(Thumbnails, TailOfASlotIsNotLookedAt) {
-    constexpr std::size_t kPixels = 24 * 22 * 2;
-    PhotoFiles files;
-    files.addStore("3303.ithmb", slotOf(kPixels, 0, 0, 0xFF));
-    const auto domain = files.domain();
-    parse(*domain);
-    EXPECT_THAT(domain->records(), IsEmpty());
+    EXPECT_THAT(titlesOfSlots({{0, 0, 0xFF}}), IsEmpty());
 }
 
 TEST(Thumbnails, TrailingPartOfASlotIsIgnored) {
