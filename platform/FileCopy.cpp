@@ -3,19 +3,9 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
 #include <utility>
 
 namespace ZkMobileBackup {
-
-namespace {
-
-std::uint64_t sizeOf(const FileDescriptor& file) {
-    struct stat status {};
-    return ::fstat(file.get(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
-}
-
-}  // namespace
 
 FileCopy::FileCopy(std::string source, const std::string& target, OutputPaths& paths) : sourcePath_(std::move(source)) {
     makeTarget(target, paths);
@@ -34,7 +24,7 @@ void FileCopy::makeTarget(const std::string& path, OutputPaths& paths) {
 void FileCopy::openSource() {
     source_ = openRegularFile(sourcePath_);
     if (!source_.isOpen()) return fail(readFailure(sourcePath_, errno));
-    size_ = sizeOf(source_);
+    size_ = source_.size();
 }
 
 std::uint64_t FileCopy::copyNext(std::uint64_t count) {
@@ -44,12 +34,12 @@ std::uint64_t FileCopy::copyNext(std::uint64_t count) {
 }
 
 void FileCopy::copyRest() {
-    const std::uint64_t end = sizeOf(source_);
+    const std::uint64_t end = source_.size();
     if (end > position_) copyNext(end - position_);
 }
 
 WrittenFile FileCopy::finish() {
-    if (left() > 0) fail(fmt::format("'{}' became shorter while it was copied.", sourcePath_));
+    if (left() > 0) fail(shortenedFailure(sourcePath_));
     source_.close();
     if (!target_.close()) fail(writeFailure(targetPath_, errno));
     return failure_.empty() ? WrittenFile{targetPath_, {}} : WrittenFile{{}, failure_};

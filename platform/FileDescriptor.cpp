@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -31,6 +32,11 @@ FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept
 FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
     std::swap(descriptor_, other.descriptor_);
     return *this;
+}
+
+std::uint64_t FileDescriptor::size() const {
+    struct stat status {};
+    return ::fstat(descriptor_, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
 bool FileDescriptor::write(std::string_view bytes) {

@@ -23,6 +23,8 @@ public:
     bool isOpen() const { return descriptor_ >= 0; }
     int get() const { return descriptor_; }
 
+    /// Bytes in the file; 0 when unknown.
+    std::uint64_t size() const;
     /// Writes all of the bytes. Returns false on failure, with its reason in errno.
     bool write(std::string_view bytes);
     /// Writes what another file holds from `position` on, no more than `most` bytes of it, and moves `position` behind

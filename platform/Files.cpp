@@ -278,6 +278,10 @@ std::string copyFailure(const std::string& source, const std::string& target, in
     return fmt::format("Cannot copy '{}' to '{}': {}.", source, target, textOfError(error));
 }
 
+std::string shortenedFailure(const std::string& source) {
+    return fmt::format("'{}' became shorter while it was copied.", source);
+}
+
 std::string temporaryPathBeside(const std::string& path) {
     static std::atomic<unsigned> counter{0};
     std::string candidate;
@@ -308,11 +312,11 @@ WrittenFile copyToNewFile(const std::string& source, const std::string& path, Ou
     const FileDescriptor content = openRegularFile(source);
     if (!content.isOpen()) return {{}, readFailure(source, errno)};
     TemporaryFile file(temporaryPathBeside(path));
-    const auto fill = [&content](FileDescriptor& target) {
-        std::uint64_t position = 0;
-        return target.writeContentOf(content, position);
-    };
+    std::uint64_t copied = 0;
+    const std::uint64_t size = content.size();
+    const auto fill = [&](FileDescriptor& target) { return target.writeContentOf(content, copied); };
     if (!file.create(fill)) return {{}, copyFailure(source, path, file.error())};
+    if (copied < size) return {{}, shortenedFailure(source)};
     return claimFreeName(file, path, paths);
 }
 

@@ -70,6 +70,8 @@ std::string textOfError(int error);
 std::string readFailure(const std::string& path, int error);
 std::string writeFailure(const std::string& path, int error);
 std::string copyFailure(const std::string& source, const std::string& target, int error);
+/// The sentence about a file that has fewer bytes than it had when its copy began.
+std::string shortenedFailure(const std::string& source);
 
 /// What became of a file that was to be written.
 struct WrittenFile {
@@ -83,7 +85,7 @@ struct WrittenFile {
 WrittenFile writeNewFile(const std::string& path, std::string_view bytes);
 WrittenFile writeNewFile(const std::string& path, std::string_view bytes, OutputPaths& paths);
 
-/// Writes a copy of a regular file in the same way.
+/// Writes a copy of a regular file in the same way. One that becomes shorter meanwhile is a failure.
 WrittenFile copyToNewFile(const std::string& source, const std::string& path, OutputPaths& paths);
 
 /// Writes a file that replaces another of its name: readers find the old one or the whole new one. On failure nothing

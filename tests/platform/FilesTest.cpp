@@ -391,6 +391,20 @@ TEST(CopyToNewFile, NeverReplacesAnother) {
     EXPECT_EQ(namesIn(folder).size(), 4U);
 }
 
+TEST(CopyToNewFile, SourceThatHasFewerBytesThanItAnnouncedIsAFailure) {
+    // The system's own files announce a page and hold a few bytes: what a photo looks like that is cut meanwhile.
+    const std::string announced = "/sys/kernel/uevent_seqnum";
+    if (fileSize(announced) <= readFile(announced).value_or(std::vector<std::uint8_t>(4096)).size())
+        GTEST_SKIP() << "there is no such file here";
+    const TemporaryFolder folder;
+    OutputPaths paths;
+    const WrittenFile file = copyToNewFile(announced, folder.path("a.JPG"), paths);
+    EXPECT_EQ(file.path, "");
+    EXPECT_EQ(file.failure, "'" + announced + "' became shorter while it was copied.");
+    EXPECT_FALSE(entryExists(folder.path("a.JPG")));
+    EXPECT_THAT(directoryEntries(folder.path()), Optional(IsEmpty()));
+}
+
 TEST(CopyToNewFile, MissingSourceIsAFailureAndLeavesNothing) {
     const TemporaryFolder folder;
     OutputPaths paths;
